@@ -1,0 +1,30 @@
+# Front door for the usual commands; see README.md.
+PRESET ?= dev
+.PHONY: setup build test asan tsan release bench clean
+
+setup:
+	@scripts/setup
+
+build: setup
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET)
+
+test: build
+	@ctest --preset $(PRESET)
+
+asan:
+	@$(MAKE) --no-print-directory test PRESET=asan
+
+tsan:
+	@$(MAKE) --no-print-directory test PRESET=tsan
+
+release:
+	@$(MAKE) --no-print-directory build PRESET=release
+
+bench: setup
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release
+	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
+
+clean:
+	rm -rf build

@@ -1,0 +1,6 @@
+#include "platform/GlobalEnv.h"
+
+GlobalEnv* GlobalEnv::getInstance() {
+    static GlobalEnv instance;
+    return &instance;
+}

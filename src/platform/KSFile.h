@@ -1,0 +1,47 @@
+#pragma once
+#include <string>
+
+// Platform file access. Paths resolve under the platform root.
+//
+// Mode 1 opens for reading. Mode 98 opens for writing with the content
+// replaced: the bytes go to a temporary file in the same directory and replace
+// the target atomically on close(), after being flushed to disk, so a power cut
+// leaves either the old or the new content. A replacement whose bytes equal the
+// current content leaves the file untouched (no flash write).
+class KSFile {
+public:
+    enum { ModeRead = 1, ModeWrite = 98 };
+
+    KSFile();
+    ~KSFile();  // closes (and commits a write)
+    KSFile(const KSFile&) = delete;
+    KSFile& operator=(const KSFile&) = delete;
+
+    bool open(const std::string& path, int mode);
+    // Reads up to length bytes; returns the count read, -1 on error.
+    long long read(void* buffer, long long length);
+    // Appends length bytes; returns length, or -1 on error.
+    long long write(const void* buffer, long long length);
+    // Length of the file opened for reading, or of what was written so far.
+    long long getLength();
+    // Ends the access; for a write, commits the new content. False when the commit failed.
+    bool close();
+    bool isOpen() const { return m_nFd >= 0; }
+
+    static bool isExist(const std::string& path);
+
+    // Convenience: whole-file read and atomic whole-file replace.
+    static bool readAll(const std::string& path, std::string& out);
+    static bool writeAll(const std::string& path, const std::string& data);
+
+    // Test hook: makes the next commits stop after the temporary file is
+    // written and before the rename, as a power cut at that moment would.
+    static void simulateCrashBeforeRename(bool enable);
+
+private:
+    int m_nFd = -1;
+    int m_nMode = 0;
+    std::string m_strPath;     // resolved target path
+    std::string m_strTempPath; // temporary file of a write
+    std::string m_strData;     // bytes written so far
+};

@@ -1,0 +1,29 @@
+#pragma once
+#include <mutex>
+
+// The platform mutex (not recursive). Lock and Unlock take the caller's source
+// position for lock diagnostics.
+class KSMutex {
+public:
+    void Lock(const char* file = __builtin_FILE(), int line = __builtin_LINE());
+    void Unlock(const char* file = __builtin_FILE(), int line = __builtin_LINE());
+    bool TryLock();
+
+private:
+    std::mutex m_mutex;
+};
+
+// Scope guard over a KSMutex.
+class KSMutexGuard {
+public:
+    explicit KSMutexGuard(KSMutex& m, const char* file = __builtin_FILE(), int line = __builtin_LINE())
+        : m_mutex(m) {
+        m_mutex.Lock(file, line);
+    }
+    ~KSMutexGuard() { m_mutex.Unlock(); }
+    KSMutexGuard(const KSMutexGuard&) = delete;
+    KSMutexGuard& operator=(const KSMutexGuard&) = delete;
+
+private:
+    KSMutex& m_mutex;
+};

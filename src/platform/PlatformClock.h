@@ -1,0 +1,41 @@
+#pragma once
+#include <cstdint>
+#include <ctime>
+
+// The one clock behind every time read and every wait of the library.
+//
+// By default it is the host's clock. A virtual clock can be installed instead:
+// then time moves only when advance() is called, and waits return when the
+// virtual time passes their deadline. advance() returns once every thread it
+// woke has come back to a wait (or ended), so a test can run a controller for
+// simulated hours in milliseconds and observe it between steps.
+class PlatformClock {
+public:
+    // Monotonic time in milliseconds.
+    static int64_t nowMs();
+    // Device (wall) time in seconds since the epoch.
+    static int64_t wallSeconds();
+    // The device's local time of day broken down.
+    static void localTime(struct tm& out);
+
+    // Waits for the given time. Returns false when the wait was cut short
+    // because the calling GThread is being stopped.
+    static bool sleepMs(int64_t ms);
+
+    // Virtual clock control.
+    static void useVirtual(int64_t startWallSeconds = 0);
+    static void useReal();
+    static bool isVirtual();
+    // Advances the virtual clock; stepMs > 0 advances in steps of that size,
+    // letting woken threads settle after each step.
+    static void advanceMs(int64_t ms, int64_t stepMs = 0);
+    // Sets the device time of day (virtual clock only): the wall clock jumps,
+    // the monotonic time does not move.
+    static void setTimeOfDay(int hour, int minute, int second = 0);
+    static void setWallSeconds(int64_t seconds);
+
+    // Wakes every waiting thread so that it can check whether it is being stopped.
+    static void wakeAll();
+    // Called by a GThread whose loop ends, so advance() stops waiting for it.
+    static void threadLeaving();
+};
