@@ -26,9 +26,15 @@ public:
     static void useVirtual(int64_t startWallSeconds = 0);
     static void useReal();
     static bool isVirtual();
-    // Advances the virtual clock; stepMs > 0 advances in steps of that size,
-    // letting woken threads settle after each step.
-    static void advanceMs(int64_t ms, int64_t stepMs = 0);
+    // Advances the virtual clock by ms. Every wait that falls due on the way is
+    // released in deadline order, and each released thread is let run until it
+    // waits again (or ends) before time moves on, so a thread pacing itself
+    // with one-second waits runs once per simulated second.
+    static void advanceMs(int64_t ms);
+    // Number of threads now waiting on the virtual clock, and a helper that
+    // waits (in real time, bounded) until at least n threads are waiting.
+    static int sleeperCount();
+    static bool waitForSleepers(int n, int timeoutMs = 2000);
     // Sets the device time of day (virtual clock only): the wall clock jumps,
     // the monotonic time does not move.
     static void setTimeOfDay(int hour, int minute, int second = 0);

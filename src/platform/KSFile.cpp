@@ -1,0 +1,209 @@
+#include "platform/KSFile.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "platform/FsUtil.h"
+#include "platform/PlatformRoot.h"
+
+namespace {
+
+std::atomic<bool> g_crashBeforeRename{false};
+
+const char kTempMarker[] = ".kstmp.";
+
+// Removes temporary files that a write interrupted by a power cut left behind.
+// A temporary file younger than a minute may belong to a write in progress in
+// another thread and is left alone.
+void removeStaleTemps(const std::string& target) {
+    const time_t now = ::time(nullptr);
+    std::string dir = FsUtil::dirName(target);
+    std::string prefix = FsUtil::baseName(target) + kTempMarker;
+    DIR* d = ::opendir(dir.c_str());
+    if (d == nullptr) return;
+    std::vector<std::string> stale;
+    while (struct dirent* e = ::readdir(d)) {
+        if (std::string(e->d_name).compare(0, prefix.size(), prefix) != 0) continue;
+        std::string full = dir + "/" + e->d_name;
+        struct stat st {};
+        if (::stat(full.c_str(), &st) == 0 && now - st.st_mtime > 60) stale.push_back(full);
+    }
+    ::closedir(d);
+    for (const std::string& s : stale) ::unlink(s.c_str());
+}
+
+bool readFd(int fd, std::string& out) {
+    char buf[4096];
+    for (;;) {
+        ssize_t n = ::read(fd, buf, sizeof(buf));
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        if (n == 0) return true;
+        out.append(buf, static_cast<size_t>(n));
+    }
+}
+
+// True when the file at path holds exactly `data`.
+bool sameContent(const std::string& path, const std::string& data) {
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
+    if (static_cast<unsigned long long>(st.st_size) != data.size()) return false;
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    std::string cur;
+    cur.reserve(data.size());
+    bool ok = readFd(fd, cur);
+    ::close(fd);
+    return ok && cur == data;
+}
+
+bool writeFd(int fd, const char* p, size_t n) {
+    while (n > 0) {
+        ssize_t w = ::write(fd, p, n);
+        if (w < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        p += w;
+        n -= static_cast<size_t>(w);
+    }
+    return true;
+}
+
+}  // namespace
+
+KSFile::KSFile() = default;
+
+KSFile::~KSFile() { close(); }
+
+bool KSFile::open(const std::string& path, int mode) {
+    close();
+    m_strPath = PlatformRoot::resolve(path);
+    if (mode == ModeRead) {
+        m_nFd = ::open(m_strPath.c_str(), O_RDONLY | O_CLOEXEC);
+        if (m_nFd < 0) return false;
+        struct stat st {};
+        if (::fstat(m_nFd, &st) != 0 || S_ISDIR(st.st_mode)) {
+            ::close(m_nFd);
+            m_nFd = -1;
+            return false;
+        }
+        m_nMode = mode;
+        return true;
+    }
+    if (mode != ModeWrite) return false;
+    if (FsUtil::isDirectory(m_strPath)) return false;
+    std::string dir = FsUtil::dirName(m_strPath);
+    if (!FsUtil::makeDirs(dir)) return false;
+    removeStaleTemps(m_strPath);
+    std::string tmpl = m_strPath + kTempMarker + "XXXXXX";
+    std::vector<char> name(tmpl.begin(), tmpl.end());
+    name.push_back('\0');
+    m_nFd = ::mkstemp(name.data());
+    if (m_nFd < 0) return false;
+    ::fchmod(m_nFd, 0644);
+    m_strTempPath = name.data();
+    m_strData.clear();
+    m_nMode = mode;
+    return true;
+}
+
+long long KSFile::read(void* buffer, long long length) {
+    if (m_nFd < 0 || m_nMode != ModeRead || length < 0) return -1;
+    char* p = static_cast<char*>(buffer);
+    long long total = 0;
+    while (total < length) {
+        ssize_t n = ::read(m_nFd, p + total, static_cast<size_t>(length - total));
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return -1;
+        }
+        if (n == 0) break;
+        total += n;
+    }
+    return total;
+}
+
+long long KSFile::write(const void* buffer, long long length) {
+    if (m_nFd < 0 || m_nMode != ModeWrite || length < 0) return -1;
+    const char* p = static_cast<const char*>(buffer);
+    if (!writeFd(m_nFd, p, static_cast<size_t>(length))) return -1;
+    m_strData.append(p, static_cast<size_t>(length));
+    return length;
+}
+
+long long KSFile::getLength() {
+    if (m_nFd < 0) return -1;
+    if (m_nMode == ModeWrite) return static_cast<long long>(m_strData.size());
+    struct stat st {};
+    if (::fstat(m_nFd, &st) != 0) return -1;
+    return static_cast<long long>(st.st_size);
+}
+
+bool KSFile::close() {
+    if (m_nFd < 0) return true;
+    int fd = m_nFd;
+    m_nFd = -1;
+    if (m_nMode != ModeWrite) {
+        ::close(fd);
+        return true;
+    }
+    bool ok = true;
+    if (sameContent(m_strPath, m_strData)) {
+        // Nothing changed: keep the old file, spare the flash a write.
+        ::close(fd);
+        ::unlink(m_strTempPath.c_str());
+    } else {
+        ok = ::fsync(fd) == 0;
+        ::close(fd);
+        if (g_crashBeforeRename.load()) {
+            // The temporary file stays behind as a power cut would leave it.
+            ok = false;
+        } else if (!ok || ::rename(m_strTempPath.c_str(), m_strPath.c_str()) != 0) {
+            ::unlink(m_strTempPath.c_str());
+            ok = false;
+        } else {
+            FsUtil::syncDir(FsUtil::dirName(m_strPath));
+        }
+    }
+    m_strTempPath.clear();
+    m_strData.clear();
+    m_strData.shrink_to_fit();
+    return ok;
+}
+
+bool KSFile::isExist(const std::string& path) {
+    struct stat st {};
+    return ::stat(PlatformRoot::resolve(path).c_str(), &st) == 0;
+}
+
+bool KSFile::readAll(const std::string& path, std::string& out) {
+    KSFile f;
+    if (!f.open(path, ModeRead)) return false;
+    long long len = f.getLength();
+    if (len < 0) return false;
+    std::string data(static_cast<size_t>(len), '\0');
+    long long n = f.read(&data[0], len);
+    if (n != len) return false;
+    out.swap(data);
+    return true;
+}
+
+bool KSFile::writeAll(const std::string& path, const std::string& data) {
+    KSFile f;
+    if (!f.open(path, ModeWrite)) return false;
+    if (f.write(data.data(), static_cast<long long>(data.size())) < 0) return false;
+    return f.close();
+}
+
+void KSFile::simulateCrashBeforeRename(bool enable) { g_crashBeforeRename.store(enable); }

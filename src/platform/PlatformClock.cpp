@@ -1,0 +1,204 @@
+#include "platform/PlatformClock.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <list>
+#include <mutex>
+
+#include "platform/GThread.h"
+
+namespace {
+
+struct Sleeper {
+    int64_t deadline;
+    bool released;  // counted by advanceMs as a thread that must settle
+};
+
+struct ClockState {
+    std::mutex mutex;
+    std::condition_variable wake;     // waiting threads
+    std::condition_variable settled;  // advanceMs waiting for released threads
+    bool isVirtual = false;
+    int64_t virtualNowMs = 0;
+    int64_t virtualWallBaseMs = 0;  // wall time = base + virtualNowMs
+    std::list<Sleeper*> sleepers;
+    int running = 0;  // released threads that have not waited again yet
+};
+
+ClockState& state() {
+    static ClockState s;
+    return s;
+}
+
+// Set on a thread released by advanceMs until it waits again or leaves.
+thread_local bool t_released = false;
+
+int64_t realMonotonicMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+int64_t realWallSeconds() {
+    using namespace std::chrono;
+    return duration_cast<seconds>(system_clock::now().time_since_epoch()).count();
+}
+
+// Caller holds the mutex.
+void settleLocked(ClockState& s) {
+    if (t_released) {
+        t_released = false;
+        if (s.running > 0) --s.running;
+        s.settled.notify_all();
+    }
+}
+
+}  // namespace
+
+int64_t PlatformClock::nowMs() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return s.isVirtual ? s.virtualNowMs : realMonotonicMs();
+}
+
+int64_t PlatformClock::wallSeconds() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (s.isVirtual) {
+        int64_t ms = s.virtualWallBaseMs + s.virtualNowMs;
+        return ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
+    }
+    return realWallSeconds();
+}
+
+void PlatformClock::localTime(struct tm& out) {
+    time_t t = static_cast<time_t>(wallSeconds());
+    // The virtual clock counts device-local time directly, so no zone applies.
+    if (isVirtual())
+        gmtime_r(&t, &out);
+    else
+        localtime_r(&t, &out);
+}
+
+bool PlatformClock::sleepMs(int64_t ms) {
+    ClockState& s = state();
+    std::unique_lock<std::mutex> lock(s.mutex);
+    settleLocked(s);
+    if (GThread::currentStopRequested()) return false;
+    if (ms <= 0) return true;
+
+    if (!s.isVirtual) {
+        auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+        s.wake.wait_until(lock, until, [] { return GThread::currentStopRequested(); });
+        return !GThread::currentStopRequested();
+    }
+
+    Sleeper me{s.virtualNowMs + ms, false};
+    s.sleepers.push_back(&me);
+    auto it = std::prev(s.sleepers.end());
+    s.settled.notify_all();  // a new sleeper may be what waitForSleepers waits for
+    s.wake.wait(lock, [&] {
+        return !s.isVirtual || s.virtualNowMs >= me.deadline || GThread::currentStopRequested();
+    });
+    s.sleepers.erase(it);
+    if (me.released) t_released = true;
+    if (!s.isVirtual && s.virtualNowMs < me.deadline && !GThread::currentStopRequested()) {
+        // The real clock came back while waiting: finish the rest in real time.
+        lock.unlock();
+        return sleepMs(me.deadline - s.virtualNowMs);
+    }
+    return !GThread::currentStopRequested();
+}
+
+void PlatformClock::useVirtual(int64_t startWallSeconds) {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.isVirtual = true;
+    s.virtualNowMs = 0;
+    s.virtualWallBaseMs = startWallSeconds * 1000;
+    s.running = 0;
+    s.wake.notify_all();
+}
+
+void PlatformClock::useReal() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.isVirtual = false;
+    s.running = 0;
+    s.wake.notify_all();
+    s.settled.notify_all();
+}
+
+bool PlatformClock::isVirtual() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return s.isVirtual;
+}
+
+void PlatformClock::advanceMs(int64_t ms) {
+    ClockState& s = state();
+    std::unique_lock<std::mutex> lock(s.mutex);
+    if (!s.isVirtual || ms <= 0) return;
+    // The caller may itself have been released earlier (a worker advancing time).
+    settleLocked(s);
+    const int64_t end = s.virtualNowMs + ms;
+    for (;;) {
+        int64_t next = end;
+        for (Sleeper* sl : s.sleepers)
+            if (!sl->released && sl->deadline < next) next = sl->deadline;
+        if (next > s.virtualNowMs) s.virtualNowMs = next;
+        for (Sleeper* sl : s.sleepers) {
+            if (!sl->released && sl->deadline <= s.virtualNowMs) {
+                sl->released = true;
+                ++s.running;
+            }
+        }
+        s.wake.notify_all();
+        // Let the released threads run until they wait again. A thread that
+        // blocks on something else must not hang the caller: give up after a while.
+        s.settled.wait_for(lock, std::chrono::seconds(5), [&] { return s.running <= 0 || !s.isVirtual; });
+        if (s.running > 0) s.running = 0;
+        if (!s.isVirtual || s.virtualNowMs >= end) break;
+    }
+}
+
+int PlatformClock::sleeperCount() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return static_cast<int>(s.sleepers.size());
+}
+
+bool PlatformClock::waitForSleepers(int n, int timeoutMs) {
+    ClockState& s = state();
+    std::unique_lock<std::mutex> lock(s.mutex);
+    return s.settled.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                              [&] { return static_cast<int>(s.sleepers.size()) >= n; });
+}
+
+void PlatformClock::setTimeOfDay(int hour, int minute, int second) {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (!s.isVirtual) return;
+    int64_t wallMs = s.virtualWallBaseMs + s.virtualNowMs;
+    int64_t dayStartMs = (wallMs >= 0 ? wallMs / 86400000 : (wallMs - 86399999) / 86400000) * 86400000;
+    int64_t target = dayStartMs + (static_cast<int64_t>(hour) * 3600 + minute * 60 + second) * 1000;
+    s.virtualWallBaseMs = target - s.virtualNowMs;
+}
+
+void PlatformClock::setWallSeconds(int64_t seconds) {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (!s.isVirtual) return;
+    s.virtualWallBaseMs = seconds * 1000 - s.virtualNowMs;
+}
+
+void PlatformClock::wakeAll() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.wake.notify_all();
+}
+
+void PlatformClock::threadLeaving() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    settleLocked(s);
+}
