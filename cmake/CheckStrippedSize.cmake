@@ -1,0 +1,31 @@
+# cmake -DLIB=<libsensorctl.so> -DSTRIP=<strip tool of the target> -DBUDGET=<bytes, 0: none>
+#       -DARCH=<processor> -DOUT=<scratch file> -P CheckStrippedSize.cmake
+# Strips a copy of the library as an install would and compares its size with the budget.
+foreach(v LIB STRIP BUDGET OUT)
+  if(NOT DEFINED ${v})
+    message(FATAL_ERROR "CheckStrippedSize: ${v} not given")
+  endif()
+endforeach()
+
+get_filename_component(out_dir ${OUT} DIRECTORY)
+file(MAKE_DIRECTORY ${out_dir})
+file(REMOVE ${OUT})
+execute_process(COMMAND ${STRIP} --strip-all -o ${OUT} ${LIB} RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0 OR NOT EXISTS ${OUT})
+  message(FATAL_ERROR "CheckStrippedSize: ${STRIP} failed on ${LIB} (${rc})")
+endif()
+
+file(SIZE ${OUT} size)
+math(EXPR tenth_kib "(${size} * 10 + 512) / 1024")
+math(EXPR kib "${tenth_kib} / 10")
+math(EXPR frac "${tenth_kib} % 10")
+math(EXPR budget_kib "${BUDGET} / 1024")
+set(line "stripped libsensorctl.so (${ARCH}): ${size} bytes (${kib}.${frac} KiB)")
+if(BUDGET GREATER 0)
+  if(size GREATER BUDGET)
+    message(FATAL_ERROR "${line} is over its budget of ${BUDGET} bytes (${budget_kib} KiB)")
+  endif()
+  message(STATUS "${line}, budget ${budget_kib} KiB")
+else()
+  message(STATUS "${line}, budget not enforced in this build type")
+endif()
