@@ -1,6 +1,6 @@
 # Front door for the usual commands; see README.md.
 PRESET ?= dev
-.PHONY: setup build test asan tsan release bench clean
+.PHONY: setup build test asan tsan release bench clean setup-arm test-arm test-armhf test-aarch64
 
 setup:
 	@scripts/setup
@@ -25,6 +25,18 @@ bench: setup
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release
 	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
+
+# ARM cross builds (MinSizeRel), their whole test suite run under qemu-user.
+setup-arm:
+	@scripts/setup --arm
+
+test-arm: test-armhf test-aarch64
+
+test-armhf test-aarch64: test-%: setup-arm
+	@cmake --preset $* >/dev/null
+	@cmake --build --preset $*
+	@ctest --preset $*
+	@ctest --preset $* -R '^sensorctl_size_budget$$' -V | grep -o 'stripped libsensorctl.so.*'
 
 clean:
 	rm -rf build
