@@ -1,0 +1,30 @@
+#pragma once
+#include <map>
+#include <set>
+#include <string>
+
+// Conversions of the parameter list text, the text form of (id, value) pairs:
+//     (3,50)(7,1)(-2,-2147483648)
+// Each item is '(' id ',' value ')'; items stand back to back. Ids and values
+// are decimal integers of 32 bits, a '-' directly before the digits for a
+// negative number ('+' is not accepted). ASCII blanks (space, tab, CR, LF, VT, FF) may stand
+// between any two tokens and around the whole text. Anything else fails the
+// parse. Empty (or blank) text is an empty list.
+//
+// The parsers add into the container they are given (callers clear it when
+// they want only the new content) and leave it untouched when the text is
+// malformed. No iostreams, no per-item allocation beyond the container's own.
+class SensorParameterParser {
+public:
+    // Text to pairs; a later item for the same id overwrites an earlier one.
+    static bool parseSensorParameter(const std::string& text, std::map<int, int>& out);
+
+    // Pairs to text: "(%d,%d)" per pair in ascending id order; `out` is replaced.
+    static bool createSensorParameterString(const std::map<int, int>& params, std::string& out);
+    static std::string createSensorParameterString(const std::map<int, int>& params);
+
+    // The id-list form "(1)(2)(17)" to a set of ids (same blank and number rules).
+    static bool parseParameterIdList(const std::string& text, std::set<int>& out);
+    // A set of ids to the id-list form; `out` is replaced.
+    static bool createParameterIdListString(const std::set<int>& ids, std::string& out);
+};
