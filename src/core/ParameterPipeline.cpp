@@ -1,0 +1,215 @@
+// The parameter access pipeline of ISensorController: list text in, driver
+// writes, the two caches, flush to the configuration files and the resets.
+#include <cstdio>
+#include <set>
+
+#include "core/ISensorController.h"
+#include "platform/DiskManager.h"
+#include "storage/IdManager.h"
+#include "storage/ParamScheme.h"
+#include "storage/SensorCache.h"
+#include "storage/SensorConfigFile.h"
+#include "storage/SensorPaths.h"
+
+int ISensorController::setParameter(int id, int value) {
+    if (id == SensorConfigFile::VersionId || id == SensorConfigFile::Version2Id) return 1;
+    if (m_pSensorLastValueCache->isEqualToCache(id, value)) return 1;
+    if (setParameterToSensor(id, value) != 1) {
+        ErrorPrintf("setParameterToSensor (%d,%d) failed", id, value);
+        return 0;
+    }
+    switch (m_pIdManager->getIdType(id)) {
+        case IdManager::TypeSetOnly:
+            return 1;
+        case IdManager::TypeKeepDefault:
+            if (m_pSensorLastValueCache->isIdExist(id)) return 1;
+            // first write of a keep-default id: cache it like a common one
+            /* fall through */
+        case IdManager::TypeCommon:
+        case IdManager::TypeEspecial:
+            if (!m_pSensorLastValueCache->setSensorValue(id, value)) {
+                ErrorPrintf("setValue to cache failed");
+                return 0;
+            }
+            return 1;
+        default:
+            ErrorPrintf("id type is unknow");
+            return 0;
+    }
+}
+
+int ISensorController::setParameters(const std::string& list) {
+    KSMutexGuard lock(m_ParamMutex);
+    m_pSensorCache->clear();
+    m_pSensorCache->setSensorValues(list);
+    int id = 0, value = 0;
+    for (int more = m_pSensorCache->getFirstIdValue(id, value); more; more = m_pSensorCache->getNextIdValue(id, value)) {
+        if (!setParameter(id, value)) {
+            ErrorPrintf("setParameter (%d,%d) failed", id, value);
+            return -id;
+        }
+    }
+    return 0;
+}
+
+int ISensorController::getParameter(int id, int& value) {
+    if (m_pSensorCache->getSensorValue(id, value)) return 1;
+    return m_pSensorLastValueCache->getSensorValue(id, value);
+}
+
+int ISensorController::getParameters(const std::string& idList, std::string& out) {
+    KSMutexGuard lock(m_ParamMutex);
+    return m_pSensorLastValueCache->getSensorValues(idList, out);
+}
+
+int ISensorController::getAllParameters(std::string& out) {
+    if (!stopPTZ()) {
+        ErrorPrintf("stop PTZ @getAllParameters failed");
+        return 0;
+    }
+    std::string before;
+    if (!m_pSensorLastValueCache->getAllSensorValues(before)) {
+        ErrorPrintf("getAllSensorValues failed");
+        return 0;
+    }
+    std::string updated = before;
+    if (!UpdateParameters(updated)) {
+        ErrorPrintf("UpdateParameters() failed");
+        updated = before;
+    }
+    {
+        KSMutexGuard lock(m_ParamMutex);
+        m_pSensorLastValueCache->clear();
+        if (!m_pSensorLastValueCache->setSensorValues(updated)) ErrorPrintf("setSensorValues failed");
+    }
+    if (updated != before) {
+        std::puts("save sensor parameter");
+        flush();
+    }
+    out = updated;
+    return 1;
+}
+
+int ISensorController::UpdateParametersIdValue(std::string& list, int id, int value) {
+    char key[16];
+    std::snprintf(key, sizeof(key), "%c%d", '(', id);
+    std::string::size_type start = list.find(key);
+    // An absent id makes the tail lookup throw std::out_of_range, as string::substr does.
+    std::string rest = list.substr(start);
+    std::string::size_type close = rest.find(')');
+    char item[32];
+    std::snprintf(item, sizeof(item), "(%d,%d)", id, value);
+    if (close == std::string::npos)
+        list.replace(start, std::string::npos, item);
+    else
+        list.replace(start, close + 1, item);
+    return 1;
+}
+
+int ISensorController::getAllParametersFromSensor(std::string& out) {
+    SensorCache fresh;
+    std::set<int> lists[3];
+    if (!m_pIdManager->getCommonIdList(lists[0]) || !m_pIdManager->getEspecialIdList(lists[1]) ||
+        !m_pIdManager->getKeepDefaultValueList(lists[2]))
+        return 0;
+    for (const std::set<int>& ids : lists) {
+        for (int id : ids) {
+            int value = 0;
+            if (!getParameterFromSensor(id, value)) {
+                ErrorPrintf("getParameterFromSensor (%d) failed", id);
+                return 0;
+            }
+            fresh.setSensorValue(id, value);
+        }
+    }
+    return fresh.getAllSensorValues(out);
+}
+
+int ISensorController::flush() {
+    const int scheme = m_nCurrentParamScheme;
+    const bool selected = scheme != -1;
+    if (selected) {
+        int enable = 0, startH = 0, startM = 0, endH = 0, endM = 0;
+        m_pSensorLastValueCache->getSensorValue(500, enable);
+        m_pSensorLastValueCache->getSensorValue(501, startH);
+        m_pSensorLastValueCache->getSensorValue(502, startM);
+        m_pSensorLastValueCache->getSensorValue(503, endH);
+        m_pSensorLastValueCache->getSensorValue(504, endM);
+        int start = startH * 100 + startM * 10;
+        int end = endH * 100 + endM * 10;
+        if (start > 2400) return 505;
+        if (end > 2400) return 506;
+        if (start >= end) return 507;
+        if (scheme >= 0 && static_cast<size_t>(scheme) < m_pParamSchemeList.size()) {
+            ParamScheme* s = m_pParamSchemeList[static_cast<size_t>(scheme)];
+            s->setEnableFlag(enable);
+            s->setStartTime(start);
+            s->setEndTime(end);
+        }
+    }
+    std::set<int> commonIds, especialIds;
+    m_pIdManager->getCommonIdList(commonIds);
+    m_pIdManager->getEspecialIdList(especialIds);
+    // Ids without a value in the cache are left out of the files rather than
+    // failing the whole flush.
+    std::string common, especial;
+    char item[32];
+    int value = 0;
+    for (int id : commonIds)
+        if (m_pSensorLastValueCache->getSensorValue(id, value)) {
+            std::snprintf(item, sizeof(item), "(%d,%d)", id, value);
+            common += item;
+        }
+    for (int id : especialIds)
+        if (m_pSensorLastValueCache->getSensorValue(id, value)) {
+            std::snprintf(item, sizeof(item), "(%d,%d)", id, value);
+            especial += item;
+        }
+    if (!m_pFactoryFile->modifyParameters(especial)) return 508;
+    if (selected) {
+        if (scheme < 0 || static_cast<size_t>(scheme) >= m_pUsrFileOperatorList.size()) return 508;
+        if (!m_pUsrFileOperatorList[static_cast<size_t>(scheme)]->saveParametersToFile(common + especial)) return 508;
+    }
+    return m_pEspecialFile->saveParametersToFile(especial) ? 0 : 508;
+}
+
+int ISensorController::resetParameters() {
+    m_bResetting = 1;
+    if (!DiskManager::isFileExist(SensorPaths::kFactoryFile)) createSensorFile_Factory();
+    setParamSchemeModeToFile(0);
+    setParamScheme(0);
+    copySchemeFilesFromFactory();
+    initSensorFilesHandler();
+    resetSchemeFiles();
+    loadSchemeParamToMemory();
+    switchScheme(0);
+    m_bResetting = 0;
+    std::puts("resetParameters success");
+    return 1;
+}
+
+int ISensorController::resetToLastParameters() {
+    m_bResetting = 1;
+    std::string list;
+    int readOk = readParamByScheme(m_nCurrentParamScheme, list);
+    if (!readOk) {
+        ErrorPrintf("read user setting failed");
+        return 0;
+    }
+    {
+        KSMutexGuard lock(m_ParamMutex);
+        m_pSensorCache->clear();
+        m_pSensorCache->setSensorValues(list);
+    }
+    if (setParameters(list) != 0) {
+        ErrorPrintf("setParameters @resetToLastParameters failed");
+        return 0;
+    }
+    if (flush() != 0) {
+        ErrorPrintf("flush @resetToLastParameters false\n");
+        m_bResetting = 0;
+        return 0;
+    }
+    m_bResetting = 0;
+    return readOk;
+}

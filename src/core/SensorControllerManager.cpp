@@ -1,0 +1,58 @@
+#include "core/SensorControllerManager.h"
+
+#include <cstdio>
+
+#include "core/SenseControllerFactory.h"
+#include "platform/GlobalEnv.h"
+
+namespace {
+bool printOn() { return GlobalEnv::getInstance()->getPrintFlag(); }
+}  // namespace
+
+SensorControllerManager::SensorControllerManager() = default;
+
+SensorControllerManager::~SensorControllerManager() {
+    m_pSensorController.reset();
+    m_pGPIO.reset();
+    m_pUARTController.reset();
+}
+
+void SensorControllerManager::setUARTController(const SafePointer<IUARTController>& uart) { m_pUARTController = uart; }
+
+void SensorControllerManager::setGPIO(const SafePointer<IGPIO>& gpio) { m_pGPIO = gpio; }
+
+void SensorControllerManager::init(int sensorType, const VideoResolution& res, const ModuleConfigure& cfg) {
+    int moduleId = cfg.getModuleId();
+    m_pSensorController = SenseControllerFactory::create(moduleId);
+    if (moduleId == 0) return;
+    m_pSensorController->setOperator(m_pUARTController, m_pGPIO);
+    if (!m_pSensorController->init(sensorType, cfg, res)) {
+        if (printOn()) std::puts("SensorControllerManager::initController error");
+        return;
+    }
+    if (m_pGPIO.isNull()) return;
+    if (m_pGPIO->notifySensorReady() && printOn()) std::puts("!!!!!!!!!!!!!!!!!!SensorControllerManager::init successs");
+}
+
+SafePointer<ISensorController> SensorControllerManager::getSensorController() { return m_pSensorController; }
+
+int SensorControllerManager::getMirrorValue(int& value) {
+    if (m_pSensorController.isNull()) {
+        if (printOn()) std::puts("SensorControllerManager::getMirrorValue:m_pSensorController is NULL");
+        return 0;
+    }
+    return m_pSensorController->getMirrorValue(value);
+}
+
+int SensorControllerManager::getStillImageValue(int& value) {
+    if (m_pSensorController.isNull()) {
+        if (printOn()) std::puts("SensorControllerManager::getStillImageValue:m_pSensorController is NULL");
+        return 0;
+    }
+    return m_pSensorController->getStillImageValue(value);
+}
+
+int SensorControllerManager::updateSensorVideoSystem(int sensorType, const VideoResolution& res) {
+    // With no controller the safe pointer reports "Use NULL pointer ->".
+    return m_pSensorController->updateSensorVideoSystem(sensorType, res);
+}

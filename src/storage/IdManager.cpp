@@ -1,0 +1,45 @@
+#include "storage/IdManager.h"
+
+std::set<int>* IdManager::setOf(int type) {
+    switch (type) {
+        case TypeCommon: return &m_commonIds;
+        case TypeEspecial: return &m_especialIds;
+        case TypeSetOnly: return &m_setOnlyIds;
+        case TypeKeepDefault: return &m_keepDefaultIds;
+        default: return nullptr;
+    }
+}
+
+void IdManager::addParameterId(int type, int id) {
+    if (std::set<int>* s = setOf(type)) s->insert(id);
+}
+
+void IdManager::addParameterId(int type, int firstId, int lastId) {
+    std::set<int>* s = setOf(type);
+    if (s == nullptr || lastId < firstId) return;
+    for (long long id = firstId; id <= lastId; ++id) s->insert(s->end(), static_cast<int>(id));
+}
+
+int IdManager::getIdType(int id) const {
+    if (m_keepDefaultIds.count(id)) return TypeKeepDefault;
+    if (m_commonIds.count(id)) return TypeCommon;
+    if (m_especialIds.count(id)) return TypeEspecial;
+    if (m_setOnlyIds.count(id)) return TypeSetOnly;
+    return TypeUnknown;
+}
+
+bool IdManager::isIdExist(int id) const {
+    return m_commonIds.count(id) || m_especialIds.count(id) || m_setOnlyIds.count(id) || m_keepDefaultIds.count(id);
+}
+
+bool IdManager::isIdExistInSet(int id, const std::set<int>& ids) { return ids.count(id) != 0; }
+
+int IdManager::copyInto(const std::set<int>& from, std::set<int>& out) {
+    if (&from != &out) out = from;
+    return 1;
+}
+
+int IdManager::getCommonIdList(std::set<int>& out) const { return copyInto(m_commonIds, out); }
+int IdManager::getEspecialIdList(std::set<int>& out) const { return copyInto(m_especialIds, out); }
+int IdManager::getSetOnlyIdList(std::set<int>& out) const { return copyInto(m_setOnlyIds, out); }
+int IdManager::getKeepDefaultValueList(std::set<int>& out) const { return copyInto(m_keepDefaultIds, out); }
