@@ -17,6 +17,7 @@
 namespace {
 
 std::atomic<bool> g_crashBeforeRename{false};
+std::atomic<void (*)(const std::string&)> g_beforeRead{nullptr};
 
 const char kTempMarker[] = ".kstmp.";
 
@@ -120,6 +121,7 @@ bool KSFile::open(const std::string& path, int mode) {
 
 long long KSFile::read(void* buffer, long long length) {
     if (m_nFd < 0 || m_nMode != ModeRead || length < 0) return -1;
+    if (void (*hook)(const std::string&) = g_beforeRead.load()) hook(m_strPath);
     char* p = static_cast<char*>(buffer);
     long long total = 0;
     while (total < length) {
@@ -207,3 +209,5 @@ bool KSFile::writeAll(const std::string& path, const std::string& data) {
 }
 
 void KSFile::simulateCrashBeforeRename(bool enable) { g_crashBeforeRename.store(enable); }
+
+void KSFile::setBeforeReadHook(void (*hook)(const std::string& resolvedPath)) { g_beforeRead.store(hook); }

@@ -37,6 +37,10 @@ public:
     // Test hook: makes the next commits stop after the temporary file is
     // written and before the rename, as a power cut at that moment would.
     static void simulateCrashBeforeRename(bool enable);
+    // Test hook: called by read() with the resolved path before it reads, so
+    // that a test can change the file between getLength() and read(), as
+    // another process might. nullptr removes the hook.
+    static void setBeforeReadHook(void (*hook)(const std::string& resolvedPath));
 
 private:
     int m_nFd = -1;

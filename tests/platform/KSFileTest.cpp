@@ -133,3 +133,21 @@ TEST(KSFileTest, EmptyWriteMakesAnEmptyFile) {
     EXPECT_TRUE(KSFile::readAll("/mnt/empty", out));
     EXPECT_EQ(out, "");
 }
+
+namespace {
+void truncateToThree(const std::string& resolvedPath) { (void)::truncate(resolvedPath.c_str(), 3); }
+}  // namespace
+
+TEST(KSFileTest, BeforeReadHookSeesTheFileBetweenLengthAndRead) {
+    TempRoot root;
+    root.write("/hd1/a.xml", "0123456789");
+    KSFile f;
+    ASSERT_TRUE(f.open("/hd1/a.xml", KSFile::ModeRead));
+    ASSERT_EQ(f.getLength(), 10);
+    KSFile::setBeforeReadHook(truncateToThree);
+    char buf[16] = {};
+    long long n = f.read(buf, 10);
+    KSFile::setBeforeReadHook(nullptr);
+    EXPECT_EQ(n, 3);
+    EXPECT_STREQ(buf, "012");
+}
