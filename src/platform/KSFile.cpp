@@ -184,6 +184,19 @@ bool KSFile::close() {
     return ok;
 }
 
+void KSFile::discard() {
+    if (m_nFd < 0) return;
+    if (m_nMode != ModeWrite) {
+        close();
+        return;
+    }
+    ::close(m_nFd);
+    m_nFd = -1;
+    ::unlink(m_strTempPath.c_str());
+    m_strTempPath.clear();
+    m_strData.clear();
+}
+
 bool KSFile::isExist(const std::string& path) {
     struct stat st {};
     return ::stat(PlatformRoot::resolve(path).c_str(), &st) == 0;

@@ -26,6 +26,8 @@ public:
     long long getLength();
     // Ends the access; for a write, commits the new content. False when the commit failed.
     bool close();
+    // Ends a write without committing it: the file keeps its old content.
+    void discard();
     bool isOpen() const { return m_nFd >= 0; }
 
     static bool isExist(const std::string& path);

@@ -62,6 +62,7 @@ int SensorConfigFile::saveParametersToFile(const std::string& text) {
     std::map<int, int> values;
     if (!SensorParameterParser::parseSensorParameter(text, values)) {
         // Nothing is committed: the old file stays as it was.
+        file.discard();
         return 0;
     }
     std::string out = text;
@@ -76,7 +77,12 @@ int SensorConfigFile::saveParametersToFile(const std::string& text) {
             out += item;
         }
     }
-    if (file.write(out.data(), static_cast<long long>(out.size())) == -1 || !file.close()) {
+    if (file.write(out.data(), static_cast<long long>(out.size())) == -1) {
+        file.discard();
+        std::printf("________write file (%s) failed\n", m_strFilePath.c_str());
+        return 0;
+    }
+    if (!file.close()) {
         std::printf("________write file (%s) failed\n", m_strFilePath.c_str());
         return 0;
     }

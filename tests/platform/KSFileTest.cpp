@@ -151,3 +151,15 @@ TEST(KSFileTest, BeforeReadHookSeesTheFileBetweenLengthAndRead) {
     EXPECT_EQ(n, 3);
     EXPECT_STREQ(buf, "012");
 }
+
+TEST(KSFileTest, DiscardKeepsTheOldContent) {
+    TempRoot root;
+    root.write("/mnt/f.cfg", "old");
+    KSFile w;
+    ASSERT_TRUE(w.open("/mnt/f.cfg", KSFile::ModeWrite));
+    w.write("new", 3);
+    w.discard();
+    EXPECT_FALSE(w.isOpen());
+    EXPECT_EQ(root.read("/mnt/f.cfg"), "old");
+    EXPECT_EQ(countTemps(root.real("/mnt")), 0);
+}
