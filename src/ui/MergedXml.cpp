@@ -56,7 +56,7 @@ int MergedXml::keyOf(const XMLElement* p_pElement) {
     const XMLAttribute* pFirst = p_pElement->FirstAttribute();
     if (pFirst == nullptr) return 0;
     const char* text = pFirst->Value();
-    long value = std::strtol(text != nullptr ? text : "", nullptr, 10);
+    const long long value = std::strtol(text != nullptr ? text : "", nullptr, 10);
     // long is 32 bits on the camera and 64 bits on a build host: clamp to the
     // int range so that every build reads a key the same way.
     if (value > INT_MAX) return INT_MAX;
