@@ -1,6 +1,7 @@
 // The day/night members of ISensorController: the worker's cycle, the
 // decision (sensor, GPIO, light sensor board, fixed choice or timetable), the
 // switch delay, and the switching of picture, IR-cut filter and infrared lamps.
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -120,9 +121,11 @@ int ISensorController::isTimeToSwitch(int status) {
         m_nPendingDNStatus = status;
         if (status == kNight) return 1;
     }
-    double elapsed = now - m_dDelayStartTime;
-    if (elapsed < 0) elapsed = -elapsed;
-    return elapsed >= static_cast<double>(m_nDNSwitchDelay) ? 1 : 0;
+    // Both times are whole microseconds held as seconds in a double, whose
+    // difference is not exact (8.2 - 3.2 < 5): compare in whole microseconds,
+    // so that a status that has persisted exactly the delay passes.
+    const long long elapsedUs = std::llabs(std::llround((now - m_dDelayStartTime) * 1e6));
+    return elapsedUs >= static_cast<long long>(m_nDNSwitchDelay) * 1000000LL ? 1 : 0;
 }
 
 int ISensorController::getCurrentDNStatus(int& status) {
