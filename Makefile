@@ -1,6 +1,6 @@
 # Front door for the usual commands; see README.md.
 PRESET ?= dev
-.PHONY: setup build test asan tsan release bench clean setup-arm test-arm test-armhf test-aarch64
+.PHONY: setup build test demo asan tsan release bench clean setup-arm test-arm test-armhf test-aarch64
 
 setup:
 	@scripts/setup
@@ -11,6 +11,10 @@ build: setup
 
 test: build
 	@ctest --preset $(PRESET)
+
+# The simulator camera's compressed day (tools/camsim, README "Simulator camera").
+demo: build
+	@build/$(PRESET)/tools/camsim demo
 
 asan:
 	@$(MAKE) --no-print-directory test PRESET=asan

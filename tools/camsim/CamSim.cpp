@@ -1,0 +1,883 @@
+#include "camsim/CamSim.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <map>
+#include <sstream>
+
+#include "adc/SimAdc.h"
+#include "camsim/CommandLine.h"
+#include "camsim/ParamNames.h"
+#include "camsim/RootSetup.h"
+#include "drivers/fisheye/KsiaDriver.h"
+#include "ksia/SimIsp.h"
+#include "platform/ConfigFileNameConst.h"
+#include "platform/KSFile.h"
+#include "platform/KestraTime.h"
+#include "platform/ModuleConfigureParser.h"
+#include "platform/ModuleParameterParser.h"
+#include "platform/PlatformClock.h"
+#include "platform/PlatformRoot.h"
+#include "platform/SensorParameterParser.h"
+#include "storage/ParamScheme.h"
+#include "storage/SensorPaths.h"
+
+namespace camsim {
+namespace {
+
+const int64_t kMaxRunMs = 48LL * 3600 * 1000;
+const size_t kMaxCatBytes = 64 * 1024;
+
+std::string join(const std::vector<std::string>& words, size_t from, const char* sep) {
+    std::string out;
+    for (size_t i = from; i < words.size(); ++i) {
+        if (i > from) out += sep;
+        out += words[i];
+    }
+    return out;
+}
+
+std::string idLabel(int id) {
+    const char* name = parameterName(id);
+    return std::to_string(id) + (name != nullptr ? std::string(" (") + name + ")" : std::string());
+}
+
+std::string hhmm(int t) {
+    char buf[16];
+    std::snprintf(buf, sizeof(buf), "%02d:%02d", t / 100, t % 100);
+    return buf;
+}
+
+std::string describeList(const std::map<int, int>& values) {
+    std::string out;
+    for (const auto& kv : values) {
+        if (!out.empty()) out += ", ";
+        const char* name = parameterName(kv.first);
+        out += (name != nullptr ? std::string(name) : std::to_string(kv.first)) + "=" + std::to_string(kv.second);
+    }
+    return out;
+}
+
+// A parameter named by number or by name.
+bool resolveId(const std::string& word, int& id) {
+    if (parseInt(word, id)) return true;
+    return parameterIdByName(word, id);
+}
+
+}  // namespace
+
+CamSim::CamSim() = default;
+
+CamSim::~CamSim() { stop(); }
+
+void CamSim::say(const std::string& text) { std::fprintf(out(), "%s\n", text.c_str()); }
+
+void CamSim::error(const std::string& text) {
+    ++m_nErrors;
+    std::fprintf(out(), "error: %s\n", text.c_str());
+}
+
+std::string CamSim::deviceTimeText() const {
+    struct tm now {};
+    PlatformClock::localTime(now);
+    char buf[48];
+    std::snprintf(buf, sizeof(buf), "%04d-%02d-%02d %02d:%02d:%02d", now.tm_year + 1900, now.tm_mon + 1, now.tm_mday,
+                  now.tm_hour, now.tm_min, now.tm_sec);
+    return buf;
+}
+
+void CamSim::readBoardPins(const ModuleConfigure& module) {
+    ModuleParameterParser detail;
+    if (!detail.parse(module.getDetail())) return;
+    std::string text;
+    if (detail.getValue("GPIO", text) &&
+        std::sscanf(text.c_str(), "%d,%d,%d", &m_pins.irCutGroup, &m_pins.irCutPin, &m_pins.irCutDayLevel) == 3)
+        m_pins.hasIrCut = true;
+    int infrared = 0;
+    if (detail.getValue("isInfrared", infrared) && infrared != 0 && detail.getValue("GPIOInfraredLight", text) &&
+        std::sscanf(text.c_str(), "%d,%d,%d", &m_pins.ledGroup, &m_pins.ledPin, &m_pins.ledDayLevel) == 3)
+        m_pins.hasLeds = true;
+}
+
+void CamSim::setLight(int percent) {
+    m_nLight = percent;
+    // A bright scene is a low ISP scene level; the light sensor reads a share of
+    // its full scale (rounded up, so that 70 percent reads as 70 percent).
+    SimIsp::instance().setSceneLevel(100 - percent);
+    SimAdc::instance().setReading((percent * SimAdc::FullScale + 99) / 100);
+}
+
+bool CamSim::start(const Options& options) {
+    m_options = options;
+    m_nLight = options.light;
+    std::string problem;
+    if (!prepareRootDirectory(options.root, m_strRoot, problem)) {
+        std::fprintf(stderr, "camsim: %s\n", problem.c_str());
+        return false;
+    }
+    PlatformRoot::set(m_strRoot);
+
+    // The camera's clock is virtual: it starts at the host's local time (or the
+    // given time of day) and moves when the simulator moves it.
+    time_t now = std::time(nullptr);
+    struct tm local {};
+    localtime_r(&now, &local);
+    PlatformClock::useVirtual(static_cast<int64_t>(now) + local.tm_gmtoff);
+    if (options.startHour >= 0) PlatformClock::setTimeOfDay(options.startHour, options.startMinute, options.startSecond);
+
+    if (options.capture) m_capture.start();
+    m_capture.setEcho(options.verbose);
+
+    std::vector<std::string> written;
+    bool fresh = false;
+    if (!installDefaults(written, fresh, problem)) {
+        error(problem);
+        return false;
+    }
+    say("camsim: root " + m_strRoot +
+        (fresh ? " (new: fisheye sample configuration installed, " + std::to_string(written.size()) + " files)"
+               : written.empty() ? " (existing)"
+                                 : " (existing, " + std::to_string(written.size()) + " missing files restored)"));
+
+    std::vector<ModuleConfigure> modules;
+    if (!ModuleConfigureParser::parse(ConfigFileNameConst::getModuleConfigFileName(), "", modules) || modules.empty()) {
+        error("no module in " + ConfigFileNameConst::getModuleConfigFileName() + " of the root");
+        return false;
+    }
+    ModuleConfigure module = modules.front();
+    for (const ModuleConfigure& m : modules)
+        if (m.getModuleId() == 88) {
+            module = m;
+            break;
+        }
+    readBoardPins(module);
+
+    SimIsp::instance().reset();
+    SimAdc::install();
+    SimAdc::instance().reset();
+    setLight(m_nLight);
+
+    m_pGpio = new SimGPIO();
+    m_pMonitor.reset(new EventMonitor(*m_pGpio, m_pins));
+    m_pMonitor->setOutput(out());
+    m_pMonitor->prime();
+    m_pManager.reset(new SensorControllerManager());
+    m_pManager->setUARTController(SafePointer<IUARTController>(new SimUART()));
+    m_pManager->setGPIO(SafePointer<IGPIO>(m_pGpio));
+
+    say("camsim: " + deviceTimeText() + "  starting module " + std::to_string(module.getModuleId()) + " (detail \"" +
+        module.getDetail() + "\")");
+    // init waits on the platform clock (the ISP settles 3 s after the video
+    // system is set): move the clock while it runs.
+    std::atomic<bool> done{false};
+    std::thread initThread([&] {
+        m_pManager->init(0, VideoResolution(1920, 1080), module);
+        PlatformClock::threadLeaving();
+        done = true;
+    });
+    while (!done.load())
+        if (PlatformClock::waitForSleepers(1, 5)) PlatformClock::advanceMs(10);
+    initThread.join();
+    m_controller = m_pManager->getSensorController();
+    std::vector<std::string> initLines = m_capture.take();
+    if (m_controller.isNull() || m_controller->getSensorStatus() != ISensorController::InitSuccess) {
+        error("the camera did not come up with module " + std::to_string(module.getModuleId()) +
+              " (only module 88, the fisheye board, is simulated); see " + SensorPaths::kErrorLog);
+        return false;
+    }
+    m_bStarted = true;
+    PlatformClock::waitForSleepers(1);  // the day/night worker has run its first cycle
+    m_pMonitor->setController(m_controller);
+    m_pMonitor->poll();
+
+    if (fresh) configureSchemes();
+
+    ISensorController* controller = m_controller.get();
+    m_pIspThread.reset(new GThread(
+        [controller] {
+            const int64_t before = PlatformClock::nowMs();
+            controller->ISPParamBody();
+            // A pass that returned early must not spin.
+            if (PlatformClock::nowMs() == before) KestraTime(1, 0).wait();
+        },
+        "ISPParamThread"));
+    if (m_pIspThread->start()) m_nSleepers = 2;
+    PlatformClock::waitForSleepers(m_nSleepers);
+    m_capture.take();
+    say("camsim: camera up; type 'help' for the commands");
+    if (options.ticker) m_ticker = std::thread([this] { tickerLoop(); });
+    return true;
+}
+
+void CamSim::stop() {
+    if (m_ticker.joinable()) {
+        m_bTickerStop = true;
+        m_ticker.join();
+    }
+    if (m_pIspThread) {
+        m_pIspThread->stop();
+        m_pIspThread.reset();
+    }
+    m_controller.reset();
+    m_pManager.reset();  // stops the day/night worker, releases the GPIO and serial port
+    m_pGpio = nullptr;
+    m_pMonitor.reset();
+    if (m_bStarted || m_capture.isActive()) {
+        m_capture.stop();
+        SimAdc::uninstall();
+        PlatformClock::useReal();
+    }
+    m_bStarted = false;
+}
+
+void CamSim::configureSchemes() {
+    struct Scheme {
+        int index;
+        const char* window;  // parameter list of ids 500-504
+        const char* params;
+        const char* label;
+    };
+    const Scheme schemes[] = {
+        {0, "(500,1)(501,6)(502,0)(503,18)(504,0)", "(1,50)(2,55)(26,40)", "day 06:00-18:00"},
+        {1, "(500,1)(501,18)(502,0)(503,24)(504,0)", "(1,55)(2,50)(26,60)", "evening 18:00-24:00"},
+        {2, "(500,1)(501,0)(502,0)(503,6)(504,0)", "(1,60)(2,45)(26,80)(27,70)", "night 00:00-06:00"},
+        {3, "(500,0)(501,0)(502,0)(503,24)(504,0)", "(1,50)", "spare, off"},
+    };
+    say("camsim: first start: setting up " + std::to_string(kSchemeCount) + " parameter schemes");
+    m_pMonitor->setQuiet(true);
+    for (const Scheme& s : schemes) {
+        if (static_cast<size_t>(s.index) >= m_controller->getSchemeFiles().size()) break;
+        m_controller->setParamScheme(s.index);
+        m_controller->setParameters(std::string(s.window) + s.params);
+        int r = m_controller->flush();
+        say(std::string("  scheme ") + std::to_string(s.index) + ": " + s.label +
+            (r == 0 ? "" : " (flush failed: " + std::to_string(r) + ")"));
+    }
+    m_controller->setParamMode(1);
+    m_pMonitor->poll();
+    m_pMonitor->setQuiet(false);
+    // One cycle of the worker puts the scheme of the present time in force.
+    advance(1000, false);
+    m_capture.take();
+}
+
+void CamSim::tickerLoop() {
+    while (!m_bTickerStop.load()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(250));
+        std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
+        if (m_bTickerStop.load()) break;
+        advance(250, true);
+    }
+}
+
+void CamSim::advance(int64_t ms, bool printEvents) {
+    std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
+    m_pMonitor->setQuiet(!printEvents);
+    for (int64_t left = ms; left > 0;) {
+        int64_t step = left < 1000 ? left : 1000;
+        PlatformClock::waitForSleepers(m_nSleepers, 2000);
+        PlatformClock::advanceMs(step);
+        left -= step;
+        m_pMonitor->poll();
+    }
+    m_pMonitor->setQuiet(false);
+}
+
+std::string CamSim::refusalReason(const std::vector<std::string>& lines) const {
+    for (const std::string& l : lines)
+        if (l.find("out of range") != std::string::npos || l.find("Error:") != std::string::npos ||
+            l.find("CheckKSEWFIResult") != std::string::npos || l.find("DTNTIME == NTDTIME") != std::string::npos)
+            return trim(l);
+    for (const std::string& l : lines)
+        if (l.find("id type is unknow") != std::string::npos) return "not a parameter of this camera";
+    for (const std::string& l : lines)
+        if (l.find("failed") != std::string::npos && l.find("setParameter") == std::string::npos) return trim(l);
+    return std::string();
+}
+
+bool CamSim::applyList(const std::string& list, const std::string& what) {
+    std::map<int, int> values;
+    SensorParameterParser::parseSensorParameter(list, values);
+    m_capture.take();
+    int r = m_controller->setParameters(list);
+    std::vector<std::string> lines = m_capture.take();
+    if (r == 0) {
+        say("ok: " + (what.empty() ? describeList(values) : what));
+        m_pMonitor->poll();
+        return true;
+    }
+    const int id = -r;
+    std::string text = "parameter " + idLabel(id);
+    auto it = values.find(id);
+    if (it != values.end()) text += " = " + std::to_string(it->second);
+    text += " refused";
+    std::string reason = refusalReason(lines);
+    if (!reason.empty()) text += ": " + reason;
+    bool before = !values.empty() && values.begin()->first < id;
+    text += before ? " (the values before it in the list were applied)" : "";
+    error(text);
+    m_pMonitor->poll();
+    return false;
+}
+
+bool CamSim::execute(const std::string& rawLine) {
+    const std::string line = trim(rawLine);
+    if (line.empty() || line[0] == '#') return true;
+    std::vector<std::string> words = splitWords(line);
+    if (words.empty()) return true;
+    const std::string cmd = toLower(words[0]);
+    std::vector<std::string> args(words.begin() + 1, words.end());
+    if (cmd == "quit" || cmd == "exit") return false;
+
+    std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
+    m_capture.take();
+    try {
+        if (cmd == "help" || cmd == "?")
+            cmdHelp(args);
+        else if (cmd == "echo")
+            say(line.size() > 5 ? line.substr(5) : std::string());
+        else if (!m_bStarted)
+            error("the camera is not running");
+        else if (cmd == "set")
+            cmdSet(args);
+        else if (cmd == "get")
+            cmdGet(args);
+        else if (cmd == "show" || cmd == "all")
+            cmdShow();
+        else if (cmd == "flush" || cmd == "save")
+            cmdFlush();
+        else if (cmd == "reset")
+            cmdReset(args);
+        else if (cmd == "scheme")
+            cmdScheme(args);
+        else if (cmd == "daynight" || cmd == "dn")
+            cmdDayNight(args);
+        else if (cmd == "light")
+            cmdLight(args);
+        else if (cmd == "time")
+            cmdTime(args);
+        else if (cmd == "run" || cmd == "wait")
+            cmdRun(args);
+        else if (cmd == "status")
+            cmdStatus();
+        else if (cmd == "isp")
+            cmdIsp(args);
+        else if (cmd == "files")
+            cmdFiles();
+        else if (cmd == "cat")
+            cmdCat(args);
+        else if (cmd == "logs" || cmd == "log")
+            cmdLogs(args);
+        else if (cmd == "zoom" || cmd == "focus" || cmd == "lens")
+            cmdLens(cmd, args);
+        else if (cmd == "verbose")
+            cmdVerbose(args);
+        else
+            error("unknown command '" + words[0] + "' (type 'help')");
+    } catch (const std::exception& e) {
+        error(std::string("command failed inside the library: ") + e.what());
+    }
+    std::fflush(out());
+    return true;
+}
+
+void CamSim::runScript(std::istream& in, bool prompt) {
+    std::string line;
+    for (;;) {
+        if (prompt) {
+            std::fprintf(out(), "camsim> ");
+            std::fflush(out());
+        }
+        if (!std::getline(in, line)) break;
+        if (!prompt) {
+            std::string t = trim(line);
+            if (!t.empty() && t[0] != '#' && toLower(t.substr(0, 4)) != "echo") {
+                struct tm now {};
+                PlatformClock::localTime(now);
+                std::fprintf(out(), "[%02d:%02d:%02d] > %s\n", now.tm_hour, now.tm_min, now.tm_sec, t.c_str());
+            }
+        }
+        if (!execute(line)) break;
+    }
+    if (prompt) std::fprintf(out(), "\n");
+}
+
+void CamSim::cmdHelp(const std::vector<std::string>& args) {
+    if (!args.empty() && toLower(args[0]) == "params") {
+        say("parameters (name or number):");
+        for (int id = 1; id <= 504; ++id) {
+            const char* name = parameterName(id);
+            if (name != nullptr) std::fprintf(out(), "  %3d  %s\n", id, name);
+            if (id == 56) id = 499;
+        }
+        return;
+    }
+    say("commands:\n"
+        "  set (1,50)(3,40)            set parameters as a list text\n"
+        "  set brightness=50 3 40      ... or by name/number and value\n"
+        "  get brightness 3 ...        read parameters (the values in force)\n"
+        "  show | all                  every parameter (getAllParameters)\n"
+        "  flush                       save the values in force to the files\n"
+        "  reset | reset last          factory values to every scheme | back to the saved scheme\n"
+        "  scheme                      list the parameter schemes and their windows\n"
+        "  scheme N | auto | manual    choose scheme N (switches to manual) | scheme mode\n"
+        "  scheme window HH:MM-HH:MM   daily window of the active scheme (minutes in tens); scheme on|off\n"
+        "  daynight auto|day|night|time|sensor      day/night mode (0-4)\n"
+        "  daynight times HH:MM HH:MM  day-to-night and night-to-day times of the timetable mode\n"
+        "  light N                     light level of the scene, 0 (dark) to 100 (bright): ISP scene level and ADC\n"
+        "  time HH:MM[:SS]             set the device time of day (virtual clock)\n"
+        "  run N[s|m|h|ms]             let the camera run for that long on the virtual clock\n"
+        "  status                      day/night state, IR-cut and LED levels, scheme, last ISP commands\n"
+        "  isp [N]                     the last N ISP driver commands\n"
+        "  zoom wide|tele [fast]  focus near|far [fast]  focus auto  lens reset\n"
+        "  files | cat PATH            the files under the root | one of them (camera path)\n"
+        "  logs [error|init|console] [N]   the library's logs or console lines\n"
+        "  verbose on|off              show the library's console lines\n"
+        "  echo TEXT | help [params] | quit");
+}
+
+void CamSim::cmdSet(const std::vector<std::string>& args) {
+    if (args.empty()) {
+        error("usage: set (ID,VALUE)...  or  set NAME=VALUE ...  or  set NAME VALUE");
+        return;
+    }
+    std::string joined = join(args, 0, "");
+    if (joined[0] == '(') {
+        std::map<int, int> values;
+        if (!SensorParameterParser::parseSensorParameter(joined, values) || values.empty()) {
+            error("not a parameter list: '" + joined + "' (expected (id,value)(id,value)...)");
+            return;
+        }
+        applyList(joined, "");
+        return;
+    }
+    std::map<int, int> values;
+    std::string list;
+    for (size_t i = 0; i < args.size(); ++i) {
+        std::string name = args[i], valueText;
+        size_t eq = name.find('=');
+        if (eq != std::string::npos) {
+            valueText = name.substr(eq + 1);
+            name = name.substr(0, eq);
+        } else if (i + 1 < args.size()) {
+            valueText = args[++i];
+        } else {
+            error("no value for '" + name + "'");
+            return;
+        }
+        int id = 0, value = 0;
+        if (!resolveId(name, id)) {
+            error("unknown parameter '" + name + "' (see 'help params')");
+            return;
+        }
+        if (!parseInt(valueText, value)) {
+            error("value '" + valueText + "' of " + idLabel(id) + " is not a whole number");
+            return;
+        }
+        values[id] = value;
+    }
+    for (const auto& kv : values) list += "(" + std::to_string(kv.first) + "," + std::to_string(kv.second) + ")";
+    applyList(list, "");
+}
+
+void CamSim::cmdGet(const std::vector<std::string>& args) {
+    if (args.empty()) {
+        cmdShow();
+        return;
+    }
+    for (const std::string& word : args) {
+        int id = 0;
+        if (!resolveId(word, id)) {
+            error("unknown parameter '" + word + "' (see 'help params')");
+            continue;
+        }
+        std::string text;
+        std::map<int, int> values;
+        if (m_controller->getParameters("(" + std::to_string(id) + ")", text) &&
+            SensorParameterParser::parseSensorParameter(text, values) && values.count(id))
+            std::fprintf(out(), "  %3d %-20s %d\n", id, parameterName(id) ? parameterName(id) : "", values[id]);
+        else
+            std::fprintf(out(), "  %3d %-20s -   (no value kept)\n", id, parameterName(id) ? parameterName(id) : "");
+    }
+    m_capture.take();
+}
+
+void CamSim::cmdShow() {
+    std::string text;
+    std::map<int, int> values;
+    if (!m_controller->getAllParameters(text) || !SensorParameterParser::parseSensorParameter(text, values)) {
+        error("the controller gave no parameters");
+        return;
+    }
+    m_capture.take();
+    std::vector<std::string> cells;
+    for (const auto& kv : values) {
+        char cell[64];
+        const char* name = parameterName(kv.first);
+        std::snprintf(cell, sizeof(cell), "%5d %-19s %6d", kv.first, name ? name : "", kv.second);
+        cells.push_back(cell);
+    }
+    const size_t rows = (cells.size() + 1) / 2;
+    for (size_t r = 0; r < rows; ++r)
+        std::fprintf(out(), "%s   %s\n", cells[r].c_str(), r + rows < cells.size() ? cells[r + rows].c_str() : "");
+    say(std::to_string(values.size()) + " parameters");
+}
+
+void CamSim::cmdFlush() {
+    int r = m_controller->flush();
+    m_pMonitor->poll();
+    switch (r) {
+        case 0: say("ok: saved (scheme file, factory and especial files)"); break;
+        case 505: error("not saved: the scheme's start time is past 24:00 (505)"); break;
+        case 506: error("not saved: the scheme's end time is past 24:00 (506)"); break;
+        case 507: error("not saved: the scheme's start time is not before its end time (507)"); break;
+        default: error("not saved: a parameter file could not be written (" + std::to_string(r) + ")"); break;
+    }
+}
+
+void CamSim::cmdReset(const std::vector<std::string>& args) {
+    if (!args.empty() && toLower(args[0]) == "last") {
+        if (m_controller->resetToLastParameters())
+            say("ok: back to the saved values of the active scheme");
+        else
+            error("reset to the saved values failed (see 'logs error')");
+    } else if (args.empty() || toLower(args[0]) == "factory") {
+        m_controller->resetParameters();
+        say("ok: every scheme back to the factory values; scheme 0 active, manual mode");
+    } else {
+        error("usage: reset [factory|last]");
+        return;
+    }
+    m_pMonitor->poll();
+}
+
+void CamSim::cmdScheme(const std::vector<std::string>& args) {
+    const std::vector<ParamScheme*>& list = m_controller->getSchemeList();
+    if (args.empty()) {
+        int mode = 0;
+        m_controller->getParamMode(mode);
+        m_capture.take();
+        say(std::string("scheme mode: ") + (mode != 0 ? "auto (by time window)" : "manual") +
+            "; active scheme: " + std::to_string(m_controller->getCurrentParamSchemeIndex()));
+        for (size_t i = 0; i < list.size(); ++i) {
+            int enable = 0, start = 0, end = 0;
+            list[i]->getEnableFlag(enable);
+            list[i]->getStartTime(start);
+            list[i]->getEndTime(end);
+            std::fprintf(out(), "  scheme %d  %s-%s  %s\n", static_cast<int>(i), hhmm(start).c_str(),
+                         hhmm(end).c_str(), enable ? "on" : "off");
+        }
+        return;
+    }
+    const std::string sub = toLower(args[0]);
+    if (sub == "auto" || sub == "manual") {
+        if (m_controller->setParamMode(sub == "auto" ? 1 : 0))
+            say("ok: scheme mode " + sub);
+        else
+            error("could not change the scheme mode");
+        m_capture.take();
+        return;
+    }
+    if (sub == "window") {
+        int sh = 0, sm = 0, eh = 0, em = 0;
+        if (args.size() != 2 || !parseWindow(args[1], sh, sm, eh, em)) {
+            error("usage: scheme window HH:MM-HH:MM (for example 06:00-18:00)");
+            return;
+        }
+        if (sm % 10 != 0 || em % 10 != 0) {
+            error("scheme windows run in steps of 10 minutes");
+            return;
+        }
+        if (sh * 100 + sm >= eh * 100 + em) {
+            error("the window must start before it ends (no window across midnight: use two schemes)");
+            return;
+        }
+        char text[96];
+        std::snprintf(text, sizeof(text), "(500,1)(501,%d)(502,%d)(503,%d)(504,%d)", sh, sm / 10, eh, em / 10);
+        if (applyList(text, "window " + args[1] + " for scheme " +
+                                std::to_string(m_controller->getCurrentParamSchemeIndex())))
+            cmdFlush();
+        return;
+    }
+    if (sub == "on" || sub == "off") {
+        if (applyList(sub == "on" ? "(500,1)" : "(500,0)", "scheme " + sub)) cmdFlush();
+        return;
+    }
+    int index = 0;
+    if (!parseInt(args[0], index) || index < 0 || static_cast<size_t>(index) >= list.size()) {
+        error("no scheme '" + args[0] + "': schemes are 0 to " + std::to_string(static_cast<int>(list.size()) - 1));
+        return;
+    }
+    m_controller->setParamMode(0);
+    if (m_controller->setParamScheme(index))
+        say("ok: scheme " + std::to_string(index) + " active; automatic switching off ('scheme auto' turns it on)");
+    else
+        error("could not switch to scheme " + std::to_string(index));
+    m_capture.take();
+    m_pMonitor->poll();
+}
+
+void CamSim::cmdDayNight(const std::vector<std::string>& args) {
+    static const char* const kModes[] = {"auto", "day", "night", "time", "sensor"};
+    if (args.empty()) {
+        int mode = m_controller->getStoredDayNightMode();
+        say("day/night mode " + std::to_string(mode) +
+            (mode >= 0 && mode <= 4 ? std::string(" (") + kModes[mode] + ")" : std::string()) + ", state " +
+            (m_controller->getCurrentDNState() == 1 ? "day" : "night"));
+        return;
+    }
+    const std::string sub = toLower(args[0]);
+    if (sub == "times") {
+        int h1 = 0, m1 = 0, s = 0, h2 = 0, m2 = 0;
+        if (args.size() != 3 || !parseTimeOfDay(args[1], h1, m1, s) || !parseTimeOfDay(args[2], h2, m2, s)) {
+            error("usage: daynight times HH:MM HH:MM (day-to-night, night-to-day)");
+            return;
+        }
+        char list[96];
+        std::snprintf(list, sizeof(list), "(28,%d)(29,%d)(30,%d)(31,%d)", h1, m1, h2, m2);
+        applyList(list, "timetable: night from " + args[1] + ", day from " + args[2]);
+        return;
+    }
+    int mode = -1;
+    for (int i = 0; i < 5; ++i)
+        if (sub == kModes[i]) mode = i;
+    if (sub == "timetable") mode = 3;
+    if (mode < 0 && (!parseInt(sub, mode) || mode < 0 || mode > 4)) {
+        error("unknown day/night mode '" + args[0] + "' (auto, day, night, time, sensor or 0-4)");
+        return;
+    }
+    applyList("(11," + std::to_string(mode) + ")", std::string("day/night mode ") + kModes[mode] +
+                                                     " (takes effect in the next cycle of the worker)");
+}
+
+void CamSim::cmdLight(const std::vector<std::string>& args) {
+    int percent = 0;
+    if (args.size() != 1 || !parseInt(args[0], percent) || percent < 0 || percent > 100) {
+        error("usage: light N with N from 0 (dark) to 100 (bright)");
+        return;
+    }
+    setLight(percent);
+    say("ok: light " + std::to_string(percent) + " % (ISP scene level " + std::to_string(100 - percent) +
+        ", ADC " + std::to_string(SimAdc::instance().reading()) + "/" + std::to_string(SimAdc::FullScale) + ")");
+}
+
+void CamSim::cmdTime(const std::vector<std::string>& args) {
+    if (args.empty()) {
+        say("device time " + deviceTimeText());
+        return;
+    }
+    int h = 0, m = 0, s = 0;
+    if (args.size() != 1 || !parseTimeOfDay(args[0], h, m, s)) {
+        error("usage: time HH:MM[:SS] (00:00 to 23:59)");
+        return;
+    }
+    PlatformClock::setTimeOfDay(h, m, s);
+    say("ok: device time " + deviceTimeText());
+}
+
+void CamSim::cmdRun(const std::vector<std::string>& args) {
+    int64_t ms = 0;
+    if (args.size() != 1 || !parseDuration(args[0], ms)) {
+        error("usage: run N[s|m|h|ms] (for example run 30s, run 2h)");
+        return;
+    }
+    if (ms > kMaxRunMs) {
+        error("run at most 48h at a time");
+        return;
+    }
+    advance(ms, true);
+}
+
+void CamSim::cmdStatus() {
+    std::FILE* o = out();
+    const int dn = m_controller->getCurrentDNState();
+    const int mode = m_controller->getStoredDayNightMode();
+    std::fprintf(o, "device time    %s (virtual clock)\n", deviceTimeText().c_str());
+    std::fprintf(o, "day/night      %s, mode %d%s\n", dn == 1 ? "DAY" : dn == 0 ? "NIGHT" : "-", mode,
+                 m_pins.hasLeds ? ", light sensor on the ADC" : ", ISP scene level");
+    int level = 0;
+    if (m_pins.hasIrCut) {
+        bool known = m_pGpio->levelOf(m_pins.irCutGroup, m_pins.irCutPin, level);
+        std::fprintf(o, "IR-cut filter  gpio %d/%d = %s  (%s)\n", m_pins.irCutGroup, m_pins.irCutPin,
+                     known ? std::to_string(level).c_str() : "-",
+                     !known ? "never driven" : level == m_pins.irCutDayLevel ? "in, day" : "out, night");
+    }
+    if (m_pins.hasLeds) {
+        bool known = m_pGpio->levelOf(m_pins.ledGroup, m_pins.ledPin, level);
+        std::fprintf(o, "IR LEDs        gpio %d/%d = %s  (%s)\n", m_pins.ledGroup, m_pins.ledPin,
+                     known ? std::to_string(level).c_str() : "-",
+                     !known ? "never driven" : level == m_pins.ledDayLevel ? "off" : "on");
+    } else {
+        std::fprintf(o, "IR LEDs        none on this board\n");
+    }
+    std::fprintf(o, "light          %d %% (ISP scene level %d, ADC %d/%d)\n", m_nLight, SimIsp::instance().sceneLevel(),
+                 SimAdc::instance().reading(), SimAdc::FullScale);
+    int paramMode = 0;
+    m_controller->getParamMode(paramMode);
+    m_capture.take();
+    std::fprintf(o, "scheme         %d (%s)\n", m_controller->getCurrentParamSchemeIndex(),
+                 paramMode != 0 ? "auto" : "manual");
+    std::fprintf(o, "last ISP commands sent:\n");
+    m_pMonitor->poll();
+    std::vector<SimIsp::Call> calls = m_pMonitor->recentIspCalls(64);
+    std::vector<SimIsp::Call> sets;
+    for (const SimIsp::Call& c : calls)
+        if (c.nDirection == KSIA_SET) sets.push_back(c);
+    size_t first = sets.size() > 8 ? sets.size() - 8 : 0;
+    for (size_t i = first; i < sets.size(); ++i)
+        std::fprintf(o, "  set %3d %-24s <- %d%s\n", sets[i].nCommand, ispCommandName(sets[i].nCommand).c_str(),
+                     sets[i].nValueIn, sets[i].nResult == 0 ? "" : "  (failed)");
+    if (sets.empty()) std::fprintf(o, "  (none lately; 'isp' lists reads too)\n");
+}
+
+void CamSim::cmdIsp(const std::vector<std::string>& args) {
+    int count = 12;
+    if (!args.empty() && (!parseInt(args[0], count) || count < 1 || count > 64)) {
+        error("usage: isp [N] with N from 1 to 64");
+        return;
+    }
+    m_pMonitor->poll();
+    for (const SimIsp::Call& c : m_pMonitor->recentIspCalls(static_cast<size_t>(count))) {
+        char result[32] = "ok";
+        if (c.nResult != 0) std::snprintf(result, sizeof(result), "error 0x%x", static_cast<unsigned int>(c.nResult));
+        if (c.nDirection == KSIA_SET)
+            std::fprintf(out(), "  set %3d %-24s <- %-6d %s\n", c.nCommand, ispCommandName(c.nCommand).c_str(),
+                         c.nValueIn, result);
+        else
+            std::fprintf(out(), "  get %3d %-24s -> %-6d %s\n", c.nCommand, ispCommandName(c.nCommand).c_str(),
+                         c.nValueOut, result);
+    }
+}
+
+void CamSim::cmdFiles() {
+    for (const std::string& path : listRootFiles()) {
+        std::string content;
+        KSFile::readAll(path, content);
+        std::fprintf(out(), "  %7zu  %s\n", content.size(), path.c_str());
+    }
+}
+
+void CamSim::cmdCat(const std::vector<std::string>& args) {
+    if (args.size() != 1 || args[0].empty() || args[0][0] != '/' || args[0].find("..") != std::string::npos) {
+        error("usage: cat /camera/path (as listed by 'files')");
+        return;
+    }
+    std::string content;
+    if (!KSFile::readAll(args[0], content)) {
+        error("no file " + args[0] + " under the root");
+        return;
+    }
+    bool cut = content.size() > kMaxCatBytes;
+    if (cut) content.resize(kMaxCatBytes);
+    std::fprintf(out(), "%s%s", content.c_str(), content.empty() || content.back() == '\n' ? "" : "\n");
+    if (cut) say("... (cut at 64 KiB)");
+}
+
+void CamSim::cmdLogs(const std::vector<std::string>& args) {
+    std::string which = args.empty() ? "error" : toLower(args[0]);
+    int count = 20;
+    if (args.size() > 1 && (!parseInt(args[1], count) || count < 1)) {
+        error("usage: logs [error|init|console] [N]");
+        return;
+    }
+    std::vector<std::string> lines;
+    if (which == "console") {
+        lines = m_capture.recent(static_cast<size_t>(count));
+    } else if (which == "error" || which == "init") {
+        std::string content;
+        const char* path = which == "error" ? SensorPaths::kErrorLog : SensorPaths::kInitLog;
+        KSFile::readAll(path, content);
+        std::istringstream in(content);
+        for (std::string l; std::getline(in, l);) lines.push_back(l);
+        if (lines.size() > static_cast<size_t>(count)) lines.erase(lines.begin(), lines.end() - count);
+        say(std::string("-- ") + path + " --");
+    } else {
+        error("usage: logs [error|init|console] [N]");
+        return;
+    }
+    for (const std::string& l : lines) std::fprintf(out(), "  %s\n", l.c_str());
+}
+
+void CamSim::cmdLens(const std::string& what, const std::vector<std::string>& args) {
+    const std::string a = args.empty() ? std::string() : toLower(args[0]);
+    const bool fast = args.size() > 1 && toLower(args[1]) == "fast";
+    int id = 0;
+    if (what == "zoom" && (a == "wide" || a == "out"))
+        id = fast ? 48 : 43;
+    else if (what == "zoom" && (a == "tele" || a == "in"))
+        id = fast ? 49 : 44;
+    else if (what == "focus" && a == "near")
+        id = fast ? 51 : 47;
+    else if (what == "focus" && a == "far")
+        id = fast ? 50 : 46;
+    else if (what == "focus" && a == "auto")
+        id = 52;
+    else if (what == "lens" && a == "reset")
+        id = 53;
+    if (id == 0) {
+        error("usage: zoom wide|tele [fast], focus near|far [fast], focus auto, lens reset");
+        return;
+    }
+    applyList("(" + std::to_string(id) + ",1)", std::string(parameterName(id)));
+}
+
+void CamSim::cmdVerbose(const std::vector<std::string>& args) {
+    if (args.size() != 1 || (toLower(args[0]) != "on" && toLower(args[0]) != "off")) {
+        error("usage: verbose on|off");
+        return;
+    }
+    m_capture.setEcho(toLower(args[0]) == "on");
+    say("ok: library console lines " + std::string(m_capture.echo() ? "shown" : "hidden"));
+}
+
+const char* const CamSim::kDemoScript[] = {
+    "echo",
+    "echo == 05:30  before dawn: a dark scene, the light sensor reads 5 % ==",
+    "light 5",
+    "run 5s",
+    "echo == 06:00  the day scheme's window opens ==",
+    "time 05:59:55",
+    "run 10s",
+    "echo == 06:20  sunrise: half light stays between the thresholds, then day after the 5 s delay ==",
+    "time 06:20",
+    "light 50",
+    "run 5s",
+    "light 80",
+    "run 7s",
+    "echo == 09:00  an operator brightens the picture and saves it ==",
+    "time 09:00",
+    "set brightness=60 contrast=55",
+    "flush",
+    "run 2s",
+    "echo == 12:00  out-of-range values are refused before the ISP ==",
+    "time 12:00",
+    "set max-shutter 19",
+    "set (1,101)",
+    "isp 3",
+    "echo == 13:00  zoom and focus ==",
+    "time 13:00",
+    "zoom tele fast",
+    "focus auto",
+    "run 1s",
+    "echo == 18:00  the evening scheme ==",
+    "time 17:59:55",
+    "run 10s",
+    "echo == 18:40  dusk: the light falls to 25 %, night at once ==",
+    "time 18:40",
+    "light 25",
+    "run 3s",
+    "echo == 00:00  the night scheme ==",
+    "time 23:59:55",
+    "run 10s",
+    "echo == 06:00  the next morning ==",
+    "time 05:59:55",
+    "run 10s",
+    "light 85",
+    "run 7s",
+    "echo",
+    "status",
+    nullptr,
+};
+
+}  // namespace camsim

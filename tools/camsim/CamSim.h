@@ -1,0 +1,113 @@
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <istream>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/ModuleConfigure.h"
+#include "camsim/ConsoleCapture.h"
+#include "camsim/EventMonitor.h"
+#include "camsim/SimBoardIO.h"
+#include "core/SensorControllerManager.h"
+#include "platform/GThread.h"
+
+namespace camsim {
+
+// The simulator camera: the library started as the camera application starts
+// it, on the simulated fisheye board, with the camera's files under a root
+// directory, driven by commands.
+class CamSim {
+public:
+    struct Options {
+        std::string root = "./camroot";
+        int startHour = -1;  // device time at start; -1: the host's local time
+        int startMinute = 0;
+        int startSecond = 0;
+        int light = 80;      // light level of the scene, percent
+        bool verbose = false;
+        bool capture = true; // take over standard output to sort the library's lines
+        bool ticker = false; // let the virtual clock follow real time (interactive use)
+    };
+
+    CamSim();
+    ~CamSim();
+    CamSim(const CamSim&) = delete;
+    CamSim& operator=(const CamSim&) = delete;
+
+    // Prepares the root, brings the camera up and starts its threads. False
+    // (with the reason printed) when the camera could not be brought up.
+    bool start(const Options& options);
+    // Stops the threads and the controller, gives standard output back.
+    void stop();
+
+    // Runs one command line; false when it asks to quit.
+    bool execute(const std::string& line);
+    // Runs commands from a stream (script file or standard input) until its end or "quit".
+    void runScript(std::istream& in, bool prompt);
+    // Number of commands that failed.
+    int errorCount() const { return m_nErrors; }
+
+    // The scripted compressed day of "camsim demo".
+    static const char* const kDemoScript[];
+    FILE* out() const { return m_capture.out(); }
+    const EventMonitor::Totals& totals() const { return m_pMonitor->totals(); }
+
+private:
+    // Command handlers; each prints its own result or error.
+    void cmdHelp(const std::vector<std::string>& args);
+    void cmdSet(const std::vector<std::string>& args);
+    void cmdGet(const std::vector<std::string>& args);
+    void cmdShow();
+    void cmdFlush();
+    void cmdReset(const std::vector<std::string>& args);
+    void cmdScheme(const std::vector<std::string>& args);
+    void cmdDayNight(const std::vector<std::string>& args);
+    void cmdLight(const std::vector<std::string>& args);
+    void cmdTime(const std::vector<std::string>& args);
+    void cmdRun(const std::vector<std::string>& args);
+    void cmdStatus();
+    void cmdIsp(const std::vector<std::string>& args);
+    void cmdFiles();
+    void cmdCat(const std::vector<std::string>& args);
+    void cmdLogs(const std::vector<std::string>& args);
+    void cmdLens(const std::string& what, const std::vector<std::string>& args);
+    void cmdVerbose(const std::vector<std::string>& args);
+
+    void error(const std::string& text);
+    void say(const std::string& text);
+    // Applies a parameter list through the controller; prints what happened.
+    bool applyList(const std::string& list, const std::string& what);
+    // The library's reason for a refusal, from its console lines of this command.
+    std::string refusalReason(const std::vector<std::string>& lines) const;
+    void setLight(int percent);
+    // Moves the virtual clock on, letting the workers run, printing events.
+    void advance(int64_t ms, bool printEvents);
+    void configureSchemes();
+    void readBoardPins(const ModuleConfigure& module);
+    std::string deviceTimeText() const;
+    void tickerLoop();
+
+    Options m_options;
+    ConsoleCapture m_capture;
+    SimGPIO* m_pGpio = nullptr;  // owned by the manager's safe pointer
+    BoardPins m_pins;
+    std::unique_ptr<EventMonitor> m_pMonitor;
+    std::unique_ptr<SensorControllerManager> m_pManager;
+    SafePointer<ISensorController> m_controller;
+    std::unique_ptr<GThread> m_pIspThread;
+    int m_nSleepers = 1;
+    int m_nLight = 80;
+    int m_nErrors = 0;
+    bool m_bStarted = false;
+    std::string m_strRoot;
+    std::recursive_mutex m_clockMutex;  // held while the clock moves and while a command runs
+    std::thread m_ticker;
+    std::atomic<bool> m_bTickerStop{false};
+};
+
+}  // namespace camsim

@@ -1,0 +1,164 @@
+#include "camsim/RootSetup.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "platform/ConfigFileNameConst.h"
+#include "platform/FsUtil.h"
+#include "platform/KSFile.h"
+#include "platform/PlatformRoot.h"
+#include "storage/SensorPaths.h"
+
+namespace camsim {
+
+const char* const kDefaultModuleDetail =
+    "RS485=/dev/ttyS1;isInfrared=1;GPIOInfraredLight=2,7,0;GPIO=1,5,1;autoFocus=1;manualFocus=0;fisheye=1;"
+    "autoIris=0;DNDefault=0";
+const char* const kDefaultModuleParameters = "RS485=9600,8,1,0";
+
+namespace {
+
+#ifdef CAMSIM_DEFAULTS_DIR
+const char* const kSampleDir = CAMSIM_DEFAULTS_DIR;
+#else
+const char* const kSampleDir = "";
+#endif
+
+std::string moduleConfigXml() {
+    return std::string(
+               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<moduleConfig>\n"
+               "    <module id=\"88\" type=\"sensor\"\n"
+               "            detail=\"") +
+           kDefaultModuleDetail + "\"\n            parameters=\"" + kDefaultModuleParameters +
+           "\"/>\n</moduleConfig>\n";
+}
+
+std::string sensorAbilityXml() {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<sensorAbility>\n    <paramScheme>\n"
+           "        <item name=\"SchemeNum\" value=\"" +
+           std::to_string(kSchemeCount) + "\"/>\n    </paramScheme>\n</sensorAbility>\n";
+}
+
+const char* const kMachineInfoXml =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<machineInfo hardwareModel=\"KS-S2-FE\"\n"
+    "             hardwareCode=\"0x5a17\"\n"
+    "             hardwareDescription=\"S2 fisheye board (simulated)\"\n"
+    "             productModel=\"IPC-FE12-SIM\"\n"
+    "             barCode=\"6901234567892\"\n"
+    "             productionTime=\"2024-05-01 08:30:00\"/>\n";
+
+// Used when the sample tuning file of the source tree is not at hand.
+const char* const kIspParamXml =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<config realTimeUpdate=\"0\" time=\"1\">\n"
+    "    <DN enable=\"1\">\n"
+    "        <night min=\"0\" max=\"1\">\n"
+    "            <item name=\"EE\" value=\"20\"/>\n"
+    "        </night>\n"
+    "        <day min=\"1\" max=\"2\">\n"
+    "            <item name=\"EE\" value=\"60\"/>\n"
+    "        </day>\n"
+    "    </DN>\n"
+    "    <GAIN enable=\"0\"/>\n"
+    "</config>\n";
+
+bool readHostFile(const std::string& path, std::string& out) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    out = ss.str();
+    return true;
+}
+
+// Camera paths of the files below a host directory.
+void collect(const std::string& hostDir, const std::string& cameraDir, std::vector<std::string>& out) {
+    DIR* d = ::opendir(hostDir.c_str());
+    if (d == nullptr) return;
+    while (struct dirent* e = ::readdir(d)) {
+        std::string name = e->d_name;
+        if (name == "." || name == "..") continue;
+        std::string host = hostDir + "/" + name;
+        struct stat st {};
+        if (::lstat(host.c_str(), &st) != 0) continue;
+        if (S_ISDIR(st.st_mode))
+            collect(host, cameraDir + "/" + name, out);
+        else if (S_ISREG(st.st_mode))
+            out.push_back(cameraDir + "/" + name);
+    }
+    ::closedir(d);
+}
+
+bool writeIfMissing(const std::string& cameraPath, const std::string& content, std::vector<std::string>& written,
+                    std::string& error) {
+    if (KSFile::isExist(cameraPath)) return true;
+    if (!KSFile::writeAll(cameraPath, content)) {
+        error = "cannot write " + cameraPath;
+        return false;
+    }
+    written.push_back(cameraPath);
+    return true;
+}
+
+}  // namespace
+
+bool prepareRootDirectory(const std::string& dir, std::string& absolute, std::string& error) {
+    if (dir.empty()) {
+        error = "empty root directory";
+        return false;
+    }
+    if (!FsUtil::makeDirs(dir)) {
+        error = "cannot create root directory " + dir;
+        return false;
+    }
+    char resolved[PATH_MAX];
+    if (::realpath(dir.c_str(), resolved) == nullptr) {
+        error = "cannot resolve root directory " + dir;
+        return false;
+    }
+    absolute = resolved;
+    if (absolute == "/") {
+        error = "refusing \"/\" as the root: the simulator keeps the camera's files in a directory of its own";
+        return false;
+    }
+    return true;
+}
+
+bool installDefaults(std::vector<std::string>& written, bool& fresh, std::string& error) {
+    fresh = !KSFile::isExist(ConfigFileNameConst::getModuleConfigFileName());
+    // The sample tree of the source (sensor UI texts, tuning file) first.
+    if (kSampleDir[0] != '\0') {
+        std::vector<std::string> samples;
+        collect(kSampleDir, "", samples);
+        std::sort(samples.begin(), samples.end());
+        for (const std::string& cameraPath : samples) {
+            std::string content;
+            if (!readHostFile(kSampleDir + cameraPath, content)) continue;
+            if (!writeIfMissing(cameraPath, content, written, error)) return false;
+        }
+    }
+    return writeIfMissing(ConfigFileNameConst::getModuleConfigFileName(), moduleConfigXml(), written, error) &&
+           writeIfMissing(ConfigFileNameConst::getSensorAbilityFileName(), sensorAbilityXml(), written, error) &&
+           writeIfMissing(ConfigFileNameConst::getMachineInfoFileName(), kMachineInfoXml, written, error) &&
+           writeIfMissing(SensorPaths::kISPParamFile, kIspParamXml, written, error);
+}
+
+std::vector<std::string> listRootFiles() {
+    std::vector<std::string> out;
+    std::string root = PlatformRoot::get();
+    if (!root.empty() && root.back() == '/') root.pop_back();
+    collect(root, "", out);
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+}  // namespace camsim
