@@ -34,7 +34,11 @@ void SensorControllerManager::init(int sensorType, const VideoResolution& res, c
     if (m_pGPIO->notifySensorReady() && printOn()) std::puts("!!!!!!!!!!!!!!!!!!SensorControllerManager::init successs");
 }
 
-SafePointer<ISensorController> SensorControllerManager::getSensorController() { return m_pSensorController; }
+SafePointer<ISensorController> SensorControllerManager::getSensorController() {
+    // Copying an empty safe pointer is a misuse; before init the caller gets a fresh empty one.
+    if (m_pSensorController.isNull()) return SafePointer<ISensorController>();
+    return m_pSensorController;
+}
 
 int SensorControllerManager::getMirrorValue(int& value) {
     if (m_pSensorController.isNull()) {

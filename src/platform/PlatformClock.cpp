@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <list>
 #include <mutex>
+#include <thread>
 
 #include "platform/GThread.h"
 
@@ -22,6 +23,7 @@ struct ClockState {
     int64_t virtualNowMs = 0;
     int64_t virtualWallBaseMs = 0;  // wall time = base + virtualNowMs
     std::list<Sleeper*> sleepers;
+    std::thread::id driver;  // the thread that installed the virtual clock
     int running = 0;  // released threads that have not waited again yet
 };
 
@@ -92,6 +94,14 @@ bool PlatformClock::sleepMs(int64_t ms) {
         return !GThread::currentStopRequested();
     }
 
+    if (std::this_thread::get_id() == s.driver) {
+        // The thread that drives virtual time does not wait for it: its wait
+        // is the passing of that time for everybody else.
+        lock.unlock();
+        advanceMs(ms);
+        return true;
+    }
+
     Sleeper me{s.virtualNowMs + ms, false};
     s.sleepers.push_back(&me);
     auto it = std::prev(s.sleepers.end());
@@ -113,6 +123,7 @@ void PlatformClock::useVirtual(int64_t startWallSeconds) {
     ClockState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
     s.isVirtual = true;
+    s.driver = std::this_thread::get_id();
     s.virtualNowMs = 0;
     s.virtualWallBaseMs = startWallSeconds * 1000;
     s.running = 0;
@@ -123,6 +134,7 @@ void PlatformClock::useReal() {
     ClockState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
     s.isVirtual = false;
+    s.driver = std::thread::id();
     s.running = 0;
     s.wake.notify_all();
     s.settled.notify_all();

@@ -22,7 +22,8 @@ public:
     // because the calling GThread is being stopped.
     static bool sleepMs(int64_t ms);
 
-    // Virtual clock control.
+    // Virtual clock control. The thread that installs the virtual clock drives
+    // it: a wait on that thread advances the clock instead of blocking.
     static void useVirtual(int64_t startWallSeconds = 0);
     static void useReal();
     static bool isVirtual();

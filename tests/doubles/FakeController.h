@@ -9,6 +9,7 @@
 
 #include "core/ISensorController.h"
 #include "storage/IdManager.h"
+#include "storage/SensorConfigFile.h"
 
 class FakeController : public ISensorController {
 public:

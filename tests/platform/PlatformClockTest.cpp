@@ -135,3 +135,20 @@ TEST(PlatformClockTest, RealClockSleepOfZeroReturnsAtOnce) {
     EXPECT_TRUE(PlatformClock::sleepMs(0));
     EXPECT_FALSE(PlatformClock::isVirtual());
 }
+
+TEST(PlatformClockTest, AWaitOnTheDrivingThreadAdvancesTheClock) {
+    VirtualClock clock;
+    std::atomic<int> cycles{0};
+    GThread t(
+        [&] {
+            ++cycles;
+            KestraTime(1, 0).wait();
+        },
+        "follower");
+    ASSERT_TRUE(t.start());
+    ASSERT_TRUE(PlatformClock::waitForSleepers(1));
+    int64_t t0 = PlatformClock::nowMs();
+    EXPECT_TRUE(KestraTime(3, 0).wait());
+    EXPECT_EQ(PlatformClock::nowMs(), t0 + 3000);
+    EXPECT_EQ(cycles.load(), 4);
+}
