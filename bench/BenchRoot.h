@@ -1,0 +1,34 @@
+#pragma once
+// A temporary platform root on tmpfs for benchmarks, so figures show the
+// library's own cost rather than the disk's.
+#include <ftw.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "platform/PlatformRoot.h"
+
+class BenchRoot {
+public:
+    BenchRoot() {
+        char tmpl[] = "/dev/shm/sensorctl-bench-XXXXXX";
+        char* d = ::mkdtemp(tmpl);
+        if (d == nullptr) {
+            char fallback[] = "/tmp/sensorctl-bench-XXXXXX";
+            d = ::mkdtemp(fallback);
+        }
+        m_dir = d ? d : "/tmp";
+        PlatformRoot::set(m_dir);
+    }
+    ~BenchRoot() {
+        PlatformRoot::set("/");
+        ::nftw(m_dir.c_str(), remove, 16, FTW_DEPTH | FTW_PHYS);
+    }
+    const std::string& dir() const { return m_dir; }
+
+private:
+    static int remove(const char* p, const struct stat*, int, struct FTW*) { return ::remove(p); }
+    std::string m_dir;
+};
