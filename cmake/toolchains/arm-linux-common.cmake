@@ -5,6 +5,10 @@ set(CMAKE_SYSTEM_NAME Linux)
 
 set(CMAKE_C_COMPILER ${SENSORCTL_TRIPLET}-gcc)
 set(CMAKE_CXX_COMPILER ${SENSORCTL_TRIPLET}-g++)
+# GCC notes on ARM that the passing of some std:: iterators changed in GCC 7.1; everything
+# here is built by one compiler, so the notes are noise.
+set(CMAKE_C_FLAGS_INIT "-Wno-psabi")
+set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi")
 
 # Debian's CMake looks for packages and libraries in <prefix>/lib/<triplet> of this
 # architecture only, so the host's x86_64 copies are never picked up.
