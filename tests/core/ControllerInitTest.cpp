@@ -589,3 +589,52 @@ TEST_F(ControllerInitTest, OperatorsHandedOverBeforeInitAreTheOnesUsed) {
     EXPECT_EQ(3, rig.gpioRaw->writes[0].pin);
     EXPECT_EQ(0, rig.gpioRaw->writes[0].level);
 }
+
+TEST_F(ControllerInitTest, MessageWritersCutLongMessagesAtTheirBuffers) {
+    testutil::writeSchemeCount(rig.root, 1);
+    rig.root.write("/factory_setting/SensorControlDebug", "");
+    ProbeController& c = rig.make();
+    ASSERT_EQ(1, rig.init());
+    const std::string longText(150, 'x');
+    testing::internal::CaptureStdout();
+    c.ErrorPrintf("%s", longText.c_str());
+    c.InitPrintf("%s", longText.c_str());
+    c.Debug_Printf("%s", longText.c_str());
+    c.Debug_Printf("short %d", 7);
+    std::string out = testing::internal::GetCapturedStdout();
+    const std::string cut99(99, 'x'), cut55(55, 'x');
+    EXPECT_EQ(cut99 + "\n" + cut99 + "\n" + cut55 + "\nshort 7\n", out);
+    EXPECT_EQ(cut99, rig.errorLog().back());
+    EXPECT_EQ(cut99, rig.initLog().back());
+}
+
+TEST_F(ControllerInitTest, DebugPrintfIsSilentOutsideDebugMode) {
+    ProbeController& c = rig.make();
+    testing::internal::CaptureStdout();
+    c.Debug_Printf("hidden %d", 1);
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
+}
+
+TEST_F(ControllerInitTest, DebugDumpRunsEveryThirdCycleWhileTheSignExists) {
+    testutil::writeSchemeCount(rig.root, 2);
+    ProbeController& c = rig.make();
+    c.logCycles = false;
+    ASSERT_EQ(1, rig.init());
+    testing::internal::CaptureStdout();
+    rig.clock.advance(6000);
+    EXPECT_EQ(std::string::npos, testing::internal::GetCapturedStdout().find("m_nParamMode("));
+
+    rig.root.write("/mnt/mtd/sign/Debug.sign", "");
+    testing::internal::CaptureStdout();
+    rig.clock.advance(9000);
+    std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(3u, testutil::countSubstr(out, "m_nParamMode(1) m_nCurrentParamScheme(0)\n"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pSensorLastValueCache:(1,10)(2,20)"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, "(504,0) \n\n\n"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pUsrFileOperatorList[0]  /mnt/mtd/code/config_file/sensor0.cfg\n"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pUsrFileOperatorList[1]  /mnt/mtd/code/config_file/sensor1.cfg\n"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pParamSchemeList[0]: nEnable(1) 0 -- 2400 \n\n"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pParamSchemeList[1]: nEnable(0) 0 -- 2400 \n\n"));
+    EXPECT_EQ(3u, testutil::countSubstr(out, std::string(75, '-') + "\n"));
+    (void)c;
+}
