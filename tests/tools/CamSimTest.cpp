@@ -217,6 +217,28 @@ TEST_F(CamSimTest, CommandsFromTheCommandLineOnAnExistingRoot) {
     EXPECT_TRUE(contains(o, "commands:")) << o;
 }
 
+TEST_F(CamSimTest, WebInterfaceTextsOfTheModule) {
+    CamsimRun run = runCamsim({"--root", root, "--time", "10:00", "-c", "ui style; ui lang 2; ui lang 9; ui lang x"});
+    if (!startedOrSkip(run)) GTEST_SKIP();
+    const std::string& o = run.output;
+    EXPECT_EQ(1, run.exitCode) << o;  // the last command is refused
+    // The sample diversity file moves the infrared lamp tab (9) after the day/night tab (4).
+    EXPECT_TRUE(contains(o, "<SensorStyle")) << o;
+    size_t dayNight = o.find("title=\"DayNight\""), lamp = o.find("title=\"InfraredLamp\""),
+           noise = o.find("title=\"NoiseReduction\"");
+    ASSERT_NE(dayNight, std::string::npos) << o;
+    ASSERT_NE(lamp, std::string::npos) << o;
+    EXPECT_LT(dayNight, lamp);
+    EXPECT_LT(lamp, noise);
+    EXPECT_TRUE(contains(o, "-- language text of language 2 --")) << o;
+    EXPECT_TRUE(contains(o, "<SensorLanguage language=\"chinese\">")) << o;
+    // An unknown language falls back to language 1.
+    size_t nine = o.find("-- common text of language 9 --");
+    ASSERT_NE(nine, std::string::npos) << o;
+    EXPECT_NE(o.find("<SensorCommon language=\"english\">", nine), std::string::npos) << o;
+    EXPECT_TRUE(contains(o, "error: usage: ui style | ui lang N")) << o;
+}
+
 TEST_F(CamSimTest, DemoRunsACompressedDayInUnderTenSeconds) {
     CamsimRun run = runCamsim({"demo"});
     if (!startedOrSkip(run)) GTEST_SKIP();

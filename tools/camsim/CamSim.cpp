@@ -9,6 +9,7 @@
 #include "adc/SimAdc.h"
 #include "camsim/CommandLine.h"
 #include "camsim/ParamNames.h"
+#include "storage/SensorFile.h"
 #include "camsim/RootSetup.h"
 #include "drivers/fisheye/KsiaDriver.h"
 #include "ksia/SimIsp.h"
@@ -373,6 +374,8 @@ bool CamSim::execute(const std::string& rawLine) {
             cmdLens(cmd, args);
         else if (cmd == "verbose")
             cmdVerbose(args);
+        else if (cmd == "ui")
+            cmdUi(args);
         else
             error("unknown command '" + words[0] + "' (type 'help')");
     } catch (const std::exception& e) {
@@ -434,6 +437,8 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         "  files | cat PATH            the files under the root | one of them (camera path)\n"
         "  logs [error|init|console] [N]   the library's logs or console lines\n"
         "  verbose on|off              show the library's console lines\n"
+        "  ui style | ui lang N        the web interface's style text merged for this module | common and\n"
+        "                              language texts of language N (language 1 when N has none)\n"
         "  echo TEXT | help [params] | quit");
 }
 
@@ -829,6 +834,30 @@ void CamSim::cmdVerbose(const std::vector<std::string>& args) {
     }
     m_capture.setEcho(toLower(args[0]) == "on");
     say("ok: library console lines " + std::string(m_capture.echo() ? "shown" : "hidden"));
+}
+
+void CamSim::cmdUi(const std::vector<std::string>& args) {
+    int language = 0;
+    const bool style = args.size() == 1 && toLower(args[0]) == "style";
+    const bool lang = args.size() == 2 && toLower(args[0]) == "lang" && parseInt(args[1], language);
+    if (!style && !lang) {
+        error("usage: ui style | ui lang N");
+        return;
+    }
+    // The texts are prepared afresh from the root's sensorConfig tree, as the
+    // camera application does when it builds its web pages.
+    SensorFile file;
+    if (!file.init("", "")) {
+        error("the web-interface texts could not be prepared (the library's reason: 'logs console')");
+        return;
+    }
+    if (style) {
+        std::fprintf(out(), "%s\n", file.getUIStyleConfig().c_str());
+        return;
+    }
+    std::fprintf(out(), "-- common text of language %d --\n%s\n", language, file.getUICommonConfig(language).c_str());
+    std::fprintf(out(), "-- language text of language %d --\n%s\n", language,
+                 file.getUILanguageConfig(language).c_str());
 }
 
 const char* const CamSim::kDemoScript[] = {

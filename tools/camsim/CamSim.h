@@ -77,6 +77,7 @@ private:
     void cmdLogs(const std::vector<std::string>& args);
     void cmdLens(const std::string& what, const std::vector<std::string>& args);
     void cmdVerbose(const std::vector<std::string>& args);
+    void cmdUi(const std::vector<std::string>& args);
 
     void error(const std::string& text);
     void say(const std::string& text);
