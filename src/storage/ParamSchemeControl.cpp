@@ -184,39 +184,41 @@ int ISensorController::setParamSchemeModeToFile(int mode) {
     return setValueToParamSchemeNode(kSchemeModeItem, value);
 }
 
-int ISensorController::getValueFromParamSchemeNode(const std::string& name, std::string& value) {
-    XmlConfigureTool xml;
-    if (!xml.open(SensorPaths::kSchemeStateFile, 1, XmlConfigureTool::ModeRead)) {
+namespace {
+// Opens the scheme state file and finds the first item of "paramScheme" whose
+// property "name" equals `name`.
+bool openSchemeItem(XmlConfigureTool& xml, int mode, const std::string& name, XmlConfigureItem& found) {
+    if (!xml.open(SensorPaths::kSchemeStateFile, 1, mode)) {
         std::printf("open %s failed\n", SensorPaths::kSchemeStateFile);
-        return 0;
+        return false;
     }
     XmlConfigureNode node = xml.getConfigNode(kSchemeNode);
     std::vector<XmlConfigureItem> items;
-    if (node.isNull() || !node.getItemList(items)) return 0;
+    if (node.isNull() || !node.getItemList(items)) return false;
     for (XmlConfigureItem& item : items) {
         std::string itemName;
-        if (item.getProperty("name", itemName) && itemName == name) return item.getProperty("value", value) ? 1 : 0;
+        if (item.getProperty("name", itemName) && itemName == name) {
+            found = item;
+            return true;
+        }
     }
-    return 0;
+    return false;
+}
+}  // namespace
+
+int ISensorController::getValueFromParamSchemeNode(const std::string& name, std::string& value) {
+    XmlConfigureTool xml;
+    XmlConfigureItem item;
+    if (!openSchemeItem(xml, XmlConfigureTool::ModeRead, name, item)) return 0;
+    return item.getProperty("value", value) ? 1 : 0;
 }
 
 int ISensorController::setValueToParamSchemeNode(const std::string& name, const std::string& value) {
     XmlConfigureTool xml;
-    if (!xml.open(SensorPaths::kSchemeStateFile, 1, XmlConfigureTool::ModeUpdate)) {
-        std::printf("open %s failed\n", SensorPaths::kSchemeStateFile);
-        return 0;
-    }
-    XmlConfigureNode node = xml.getConfigNode(kSchemeNode);
-    std::vector<XmlConfigureItem> items;
-    if (node.isNull() || !node.getItemList(items)) return 0;
-    for (XmlConfigureItem& item : items) {
-        std::string itemName;
-        if (item.getProperty("name", itemName) && itemName == name) {
-            item.setProperty("value", value);
-            return xml.close() ? 1 : 0;
-        }
-    }
-    return 0;
+    XmlConfigureItem item;
+    if (!openSchemeItem(xml, XmlConfigureTool::ModeUpdate, name, item)) return 0;
+    item.setProperty("value", value);
+    return xml.close() ? 1 : 0;
 }
 
 int ISensorController::createSensorXML() {
