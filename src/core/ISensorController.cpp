@@ -19,6 +19,17 @@
 #include "storage/SensorLog.h"
 #include "storage/SensorPaths.h"
 
+namespace {
+// Decimal text to int as strtol reads it, clamped to the int range the same
+// way whatever the width of long on the target.
+int decimalToInt(const std::string& text) {
+    long long v = std::strtoll(text.c_str(), nullptr, 10);
+    if (v > 2147483647LL) return 2147483647;
+    if (v < -2147483647LL - 1) return -2147483647 - 1;
+    return static_cast<int>(v);
+}
+}  // namespace
+
 ISensorController::ISensorController(int sensorType) : m_nSensorType(sensorType) {
     // Scalar fields take their start values from their initialisers.
     m_pIdManager = new IdManager();
@@ -159,7 +170,9 @@ int ISensorController::getParameterFromSensor(int id, int& value) {
 }
 
 int ISensorController::setParameterToSensor(int id, int) {
-    return static_cast<unsigned int>(id - 500) > 4u ? -1 : 1;
+    // One unsigned comparison covers both ends of 500..504 (done in unsigned
+    // arithmetic, so no id can overflow it).
+    return static_cast<unsigned int>(id) - 500u > 4u ? -1 : 1;
 }
 
 int ISensorController::NotifySensorInitComplate() { return 1; }
@@ -236,7 +249,7 @@ int ISensorController::init(int sensorType, const ModuleConfigure& cfg, const Vi
     }
     std::string strDNDefault;
     if (parser.getValue("DNDefault", strDNDefault))
-        m_nDNDefault = static_cast<int>(std::strtol(strDNDefault.c_str(), nullptr, 10));
+        m_nDNDefault = decimalToInt(strDNDefault);
     std::printf("strDNDefault:%s m_nDNDefault(%d)\n", strDNDefault.c_str(), m_nDNDefault);
     if (m_nSensorType != 17) m_SensorStatus = InitSuccess;
     if (!stopPTZ()) InitPrintf("stop PTZ @ISensorController::init failed");

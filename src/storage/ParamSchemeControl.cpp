@@ -161,14 +161,14 @@ int ISensorController::getParamMode(int& mode) {
 int ISensorController::getParamSchemeFromFile(int& index) {
     std::string value;
     if (!getValueFromParamSchemeNode(kSchemeIndexItem, value)) return 0;
-    index = static_cast<int>(std::strtol(value.c_str(), nullptr, 10));
+    index = static_cast<int>(std::strtoll(value.c_str(), nullptr, 10));
     return 1;
 }
 
 int ISensorController::getParamSchemeModeFromFile(int& mode) {
     std::string value;
     if (!getValueFromParamSchemeNode(kSchemeModeItem, value)) return 0;
-    mode = static_cast<int>(std::strtol(value.c_str(), nullptr, 10));
+    mode = static_cast<int>(std::strtoll(value.c_str(), nullptr, 10));
     return 1;
 }
 

@@ -367,7 +367,8 @@ TEST(ParamSchemeTest, ConcurrentSetParametersWhileTheStepRuns) {
         for (int i = 0; i < 200; ++i) s.c.setParameters("(" + std::to_string(id) + "," + std::to_string(i) + ")");
     };
     std::thread stepper([&] {
-        for (int i = 0; i < 200 && !done; ++i) {
+        // At least a few steps, and on until the writers are through.
+        for (int i = 0; i < 20 || !done; ++i) {
             s.c.paramSchemeSwitchBody();
             int idx = s.c.getCurrentParamSchemeIndex();
             (void)idx;
