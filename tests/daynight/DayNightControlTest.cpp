@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "doubles/ControllerRig.h"
@@ -433,6 +435,31 @@ TEST_F(DayNightTest, HighDynamicRangeModeThreeFollowsTheState) {
     auto pos = [&](const std::string& n) { return std::find(names.begin(), names.end(), n) - names.begin(); };
     EXPECT_LT(pos("updateHDRMode:2"), pos("turnPictureToNight"));
     EXPECT_LT(pos("updateHDRMode:1"), pos("gpio:1,7=1"));
+}
+
+TEST_F(DayNightTest, ModeChangeWaitsForTheSwitchInProgress) {
+    ProbeController& c = start();
+    c.setDayNightMode(2);
+    toNextCycle();
+    // The worker has driven the filter and holds the switch through its 100 ms pause.
+    ASSERT_EQ(1u, rig.events.count("turnPictureToNight"));
+    ASSERT_EQ(1, c.getCurrentDNState());
+    std::atomic<bool> done{false};
+    std::atomic<int> stateSeen{-1};
+    std::thread app([&] {
+        c.setDayNightMode(1);
+        stateSeen = c.getCurrentDNState();
+        done = true;
+    });
+    for (int i = 0; i < 20 && !done.load(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_FALSE(done.load());
+    rig.clock.advance(100);
+    app.join();
+    // The mode was stored only once the night switch had finished.
+    EXPECT_EQ(0, stateSeen.load());
+    EXPECT_EQ(1, c.getStoredDayNightMode());
+    seconds(2);
+    EXPECT_EQ(1u, rig.events.count("turnPictureToDay"));
 }
 
 // ---- failures of the hardware steps ----

@@ -11,6 +11,8 @@
 #include "doubles/ClockPump.h"
 #include "doubles/ControllerRig.h"
 #include "doubles/ProbeController.h"
+#include "platform/GThread.h"
+#include "platform/KestraTime.h"
 
 using testutil::countOf;
 
@@ -494,4 +496,46 @@ TEST(IspControlRunningTest, DayNightStateFromTheWorkerReachesTheTable) {
     std::string second = testing::internal::GetCapturedStdout();
     EXPECT_NE(std::string::npos, second.find("set ee=20\n"));
     EXPECT_EQ(0, c.lastISPDayNightState());
+}
+
+TEST(IspControlRunningTest, OwnersLoopRunsBesideTheDayNightWorker) {
+    testutil::ControllerRig rig;
+    testutil::writeSchemeCount(rig.root, 1);
+    rig.root.write(kISPFile, file(dnTable()));
+    ProbeController& c = rig.make();
+    c.logCycles = false;
+    ASSERT_EQ(1, rig.init());
+    // The owner's loop: one pass (no pause of its own with time 0), then 1 ms,
+    // so that its passes coincide with every cycle of the worker.
+    std::atomic<int> passes{0};
+    GThread owner(
+        [&] {
+            c.ISPParamBody();
+            ++passes;
+            KestraTime(0, 1000).wait();
+        },
+        "ISPLoop");
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(owner.start());
+    ASSERT_TRUE(PlatformClock::waitForSleepers(2));
+    c.setDayNightMode(2);
+    rig.clock.advance(3000);
+    c.setTNFMode(1);
+    c.setDayNightMode(1);
+    rig.clock.advance(3000);
+    c.setTNFMode(0);
+    rig.clock.advance(1000);
+    owner.stop();
+    std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_GE(passes.load(), 7);
+    // Day, night, day again: each table value announced as the state changed.
+    size_t day1 = out.find("set ee=45\n");
+    size_t night = out.find("set ee=20\n", day1);
+    size_t day2 = out.find("set ee=45\n", night);
+    EXPECT_NE(std::string::npos, day1);
+    EXPECT_NE(std::string::npos, night);
+    EXPECT_NE(std::string::npos, day2);
+    EXPECT_NE(std::string::npos, out.find("close TNF\nset TM=4,A0=16\n", day2));
+    EXPECT_EQ(1, c.getDayNightState());
+    EXPECT_EQ(16, c.getLastA0());
 }
