@@ -13,7 +13,6 @@
 //
 // The library's console output goes to /dev/null while a benchmark runs.
 #include <benchmark/benchmark.h>
-
 #include <fcntl.h>
 #include <ftw.h>
 #include <stdlib.h>
@@ -42,7 +41,9 @@ namespace {
 
 const int kSchemes = 4;
 
-int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
+int removeEntry(const char* path, const struct stat*, int, struct FTW*) {
+    return ::remove(path);
+}
 
 // A serial port that accepts everything and answers nothing.
 class IdleUART : public IUARTController {
@@ -174,8 +175,9 @@ public:
 private:
     static int collect(const char* path, const struct stat* st, int type, struct FTW*) {
         if (type == FTW_F)
-            s_snapshot[path] = {static_cast<long long>(st->st_size),
-                                static_cast<long long>(st->st_mtim.tv_sec) * 1000000000LL + st->st_mtim.tv_nsec};
+            s_snapshot[path] = {
+                static_cast<long long>(st->st_size),
+                static_cast<long long>(st->st_mtim.tv_sec) * 1000000000LL + st->st_mtim.tv_nsec};
         return 0;
     }
     static std::map<std::string, std::pair<long long, long long>> s_snapshot;
@@ -236,7 +238,8 @@ void BM_InitWarm(benchmark::State& state) {
                 f.first.compare(f.first.size() - std::string(name).size(), std::string::npos, name) == 0 &&
                 f.first[f.first.size() - std::string(name).size() - 1] == '/')
                 key = f.first;
-        if (key.empty() || now[key] != files.at(key)) state.SkipWithError("a warm init rebuilt a parameter file");
+        if (key.empty() || now[key] != files.at(key))
+            state.SkipWithError("a warm init rebuilt a parameter file");
     }
 }
 BENCHMARK(BM_InitWarm)->Unit(benchmark::kMicrosecond)->UseRealTime();
@@ -259,7 +262,9 @@ void BM_InitCold(benchmark::State& state) {
 BENCHMARK(BM_InitCold)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 std::atomic<long> g_reads{0};
-void countRead(const std::string&) { ++g_reads; }
+void countRead(const std::string&) {
+    ++g_reads;
+}
 
 void BM_IdleCycle(benchmark::State& state) {
     BenchEnv env;
@@ -288,7 +293,8 @@ void BM_ISPPassIdle(benchmark::State& state) {
     BenchEnv env;
     env.write("/hd1/program/config/ISPParam.xml",
               "<config realTimeUpdate=\"0\" time=\"0\">"
-              "<DN enable=\"1\"><night min=\"0\" max=\"1\"><item name=\"EE\" value=\"20\"/><item name=\"DC\" value=\"0\"/>"
+              "<DN enable=\"1\"><night min=\"0\" max=\"1\"><item name=\"EE\" value=\"20\"/><item name=\"DC\" "
+              "value=\"0\"/>"
               "<item name=\"A0\" value=\"48\"/><item name=\"TM\" value=\"12\"/></night>"
               "<day min=\"1\" max=\"2\"><item name=\"EE\" value=\"45\"/><item name=\"DC\" value=\"1\"/>"
               "<item name=\"A0\" value=\"16\"/><item name=\"TM\" value=\"4\"/></day></DN>"

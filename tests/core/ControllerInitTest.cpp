@@ -30,7 +30,9 @@ std::map<int, int> readPairs(const testutil::TempRoot& root, const std::string& 
 }
 
 // Position of `needle` in `hay`, or npos; for order checks of console output.
-size_t at(const std::string& hay, const std::string& needle) { return hay.find(needle); }
+size_t at(const std::string& hay, const std::string& needle) {
+    return hay.find(needle);
+}
 
 class ControllerInitTest : public ::testing::Test {
 protected:
@@ -101,8 +103,9 @@ TEST_F(ControllerInitTest, StepsRunInTheirOrderOnAFirstStart) {
     // Driver, video system, day mode (filter to its day level, then the
     // picture), factory file read from the sensor, completion notice.
     std::vector<std::string> names = rig.events.names();
-    std::vector<std::string> expected = {"initController", "setSensorVideoSystem", "gpio:1,7=1",
-                                         "turnPictureToDay", "readSensor", "NotifySensorInitComplate"};
+    std::vector<std::string> expected = {"initController", "setSensorVideoSystem",
+                                         "gpio:1,7=1",     "turnPictureToDay",
+                                         "readSensor",     "NotifySensorInitComplate"};
     ASSERT_GE(names.size(), expected.size());
     EXPECT_EQ(expected, std::vector<std::string>(names.begin(), names.begin() + expected.size()));
 
@@ -112,7 +115,9 @@ TEST_F(ControllerInitTest, StepsRunInTheirOrderOnAFirstStart) {
     size_t dayMode = at(out, "!!!enterDayMode\n");
     size_t versionCheck = at(out, "p_nSchemeNum=2\n");
     size_t xml = at(out, "ISensorController::createSensorXML success\n");
-    size_t handler = at(out, "ISensorController::initSensorFilesHandler() szFileName(/mnt/mtd/code/config_file/sensor0.cfg)\n");
+    size_t handler =
+        at(out,
+           "ISensorController::initSensorFilesHandler() szFileName(/mnt/mtd/code/config_file/sensor0.cfg)\n");
     ASSERT_NE(std::string::npos, dnDefault);
     ASSERT_NE(std::string::npos, dayMode);
     ASSERT_NE(std::string::npos, versionCheck);
@@ -122,7 +127,8 @@ TEST_F(ControllerInitTest, StepsRunInTheirOrderOnAFirstStart) {
     EXPECT_LT(dayMode, versionCheck);
     EXPECT_LT(versionCheck, xml);
     EXPECT_LT(xml, handler);
-    EXPECT_NE(std::string::npos, at(out, "initSensorFilesHandler() szFileName(/mnt/mtd/code/config_file/sensor1.cfg)\n"));
+    EXPECT_NE(std::string::npos,
+              at(out, "initSensorFilesHandler() szFileName(/mnt/mtd/code/config_file/sensor1.cfg)\n"));
 
     // Thread started, controller initialised, success line last in the error log.
     EXPECT_TRUE(c.getDayNightThread().isRunning());
@@ -145,7 +151,8 @@ TEST_F(ControllerInitTest, DebugMarkerPrintsTheDetail) {
     EXPECT_EQ(1, c.getDebugFlag());
     rig.init("DNDefault=1");
     std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(std::string::npos, at(out, "*********In sensor debug mode (/factory_setting/SensorControlDebug)*********\n"));
+    EXPECT_NE(std::string::npos,
+              at(out, "*********In sensor debug mode (/factory_setting/SensorControlDebug)*********\n"));
     EXPECT_NE(std::string::npos, at(out, "detail:DNDefault=1\n"));
 }
 
@@ -170,7 +177,8 @@ TEST_F(ControllerInitTest, SerialPanTiltModuleIsStoppedBeforeTheVideoSystem) {
     };
     ASSERT_EQ(1, rig.init());
     std::vector<std::string> names = rig.events.names();
-    std::vector<std::string> expected = {"initController", "uart:MENUON", "setSensorVideoSystem", "turnPictureToDay"};
+    std::vector<std::string> expected = {"initController", "uart:MENUON", "setSensorVideoSystem",
+                                         "turnPictureToDay"};
     ASSERT_GE(names.size(), expected.size());
     EXPECT_EQ(expected, std::vector<std::string>(names.begin(), names.begin() + expected.size()));
     // Behind a pan/tilt unit the filter is not driven by GPIO.
@@ -197,6 +205,11 @@ TEST_F(ControllerInitTest, FailedVideoSystemIsLoggedAndStartUpGoesOn) {
     ASSERT_EQ(1, rig.init());
     std::vector<std::string> initLog = rig.initLog();
     EXPECT_EQ(1u, countOf(initLog, "init setSensorVideoSystem failed"));
+    EXPECT_NE(
+        std::string::npos,
+        rig.root.read("/mnt/mtd/log/SensorInit.log").find("[SensorInit] init setSensorVideoSystem failed\n"));
+    EXPECT_NE(std::string::npos, rig.root.read("/mnt/mtd/log/SensorError.log")
+                                     .find("[SensorError] ISensorController::initSensor  success\n"));
     EXPECT_TRUE(c.isInitialised());
     EXPECT_TRUE(c.getDayNightThread().isRunning());
 }
@@ -394,8 +407,9 @@ TEST_F(ControllerInitTest, OldSingleFileBecomesSchemeZeroAndGainsTheFactoryParam
     testing::internal::CaptureStdout();
     ASSERT_EQ(1, rig.init());
     std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(std::string::npos,
-              out.find("command: mv /mnt/mtd/code/config_file/sensor.cfg /mnt/mtd/code/config_file/sensor0.cfg\n"));
+    EXPECT_NE(
+        std::string::npos,
+        out.find("command: mv /mnt/mtd/code/config_file/sensor.cfg /mnt/mtd/code/config_file/sensor0.cfg\n"));
     EXPECT_FALSE(rig.root.exists(kOldFile));
 
     std::map<int, int> factory = readPairs(rig.root, kFactory);
@@ -519,7 +533,8 @@ TEST_F(ControllerInitTest, TheConstructorsTypeDecidesNotInitsArgument) {
 
 TEST_F(ControllerInitTest, MalformedISPParamFileLeavesTablesEmptyAndStartUpGoesOn) {
     testutil::writeSchemeCount(rig.root, 1);
-    rig.root.write("/hd1/program/config/ISPParam.xml", "<config realTimeUpdate=\"1\" time=\"0\"><DN enable=\"1\">");
+    rig.root.write("/hd1/program/config/ISPParam.xml",
+                   "<config realTimeUpdate=\"1\" time=\"0\"><DN enable=\"1\">");
     ProbeController& c = rig.make();
     ASSERT_EQ(1, rig.init());
     EXPECT_TRUE(c.ispTables().empty());
@@ -631,8 +646,10 @@ TEST_F(ControllerInitTest, DebugDumpRunsEveryThirdCycleWhileTheSignExists) {
     EXPECT_EQ(3u, testutil::countSubstr(out, "m_nParamMode(1) m_nCurrentParamScheme(0)\n"));
     EXPECT_EQ(3u, testutil::countSubstr(out, "m_pSensorLastValueCache:(1,10)(2,20)"));
     EXPECT_EQ(3u, testutil::countSubstr(out, "(504,0) \n\n\n"));
-    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pUsrFileOperatorList[0]  /mnt/mtd/code/config_file/sensor0.cfg\n"));
-    EXPECT_EQ(3u, testutil::countSubstr(out, "m_pUsrFileOperatorList[1]  /mnt/mtd/code/config_file/sensor1.cfg\n"));
+    EXPECT_EQ(
+        3u, testutil::countSubstr(out, "m_pUsrFileOperatorList[0]  /mnt/mtd/code/config_file/sensor0.cfg\n"));
+    EXPECT_EQ(
+        3u, testutil::countSubstr(out, "m_pUsrFileOperatorList[1]  /mnt/mtd/code/config_file/sensor1.cfg\n"));
     EXPECT_EQ(3u, testutil::countSubstr(out, "m_pParamSchemeList[0]: nEnable(1) 0 -- 2400 \n\n"));
     EXPECT_EQ(3u, testutil::countSubstr(out, "m_pParamSchemeList[1]: nEnable(0) 0 -- 2400 \n\n"));
     EXPECT_EQ(3u, testutil::countSubstr(out, std::string(75, '-') + "\n"));

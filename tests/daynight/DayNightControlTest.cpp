@@ -31,7 +31,8 @@ protected:
     // A started controller: IR-cut filter on group 1 pin 7 (day level 1),
     // infrared LEDs on group 1 pin 8 (day level 0), LDR on group 2 pin 3
     // (day level 1), plus whatever `setup` changes inside initController.
-    ProbeController& start(std::function<void(ProbeController&)> setup = nullptr, int hour = 12, int minute = 0) {
+    ProbeController& start(std::function<void(ProbeController&)> setup = nullptr, int hour = 12,
+                           int minute = 0) {
         rig.clock.setTime(hour, minute, 0);
         testutil::writeSchemeCount(rig.root, 1);
         ProbeController& c = rig.make();
@@ -67,7 +68,8 @@ protected:
         for (int i = 0; i < n; ++i) rig.clock.advance(kCycle);
     }
 
-    static int64_t firstAt(const std::vector<ProbeEvent>& ev, const std::string& what, int64_t from = INT64_MIN) {
+    static int64_t firstAt(const std::vector<ProbeEvent>& ev, const std::string& what,
+                           int64_t from = INT64_MIN) {
         for (const ProbeEvent& e : ev)
             if (e.what == what && e.ms >= from) return e.ms;
         return -1;
@@ -81,7 +83,8 @@ protected:
 // the switch delay must switch: night at once, day once a day reading has
 // persisted `delayMs`. Returns the expected switches as (time, 1 day / 0 night).
 std::vector<std::pair<int64_t, int>> expectedSwitches(const std::vector<std::pair<int64_t, int>>& samples,
-                                                      int64_t delayMs, int pendingAtStart, int64_t restartAtStart) {
+                                                      int64_t delayMs, int pendingAtStart,
+                                                      int64_t restartAtStart) {
     std::vector<std::pair<int64_t, int>> out;
     int state = 1, pending = pendingAtStart;
     int64_t restart = restartAtStart;
@@ -423,6 +426,26 @@ TEST_F(DayNightTest, ModeOutOfRangeIsReportedEverySecondAndNothingSwitches) {
     EXPECT_EQ(1, c.getCurrentDNState());
 }
 
+TEST_F(DayNightTest, ErrorLogKeepsThreeFilesOf10240Bytes) {
+    ProbeController& c = start();
+    c.logCycles = false;
+    c.setDayNightMode(9);
+    for (int m = 0; m < 10; ++m) rig.clock.advance(60 * kCycle);
+    const std::string log = testutil::kErrorLogPath;
+    ASSERT_TRUE(rig.root.exists(log + ".1"));
+    ASSERT_TRUE(rig.root.exists(log + ".2"));
+    EXPECT_FALSE(rig.root.exists(log + ".3"));
+    size_t total = 0;
+    for (const std::string& f : {log, log + ".1", log + ".2"}) {
+        std::string text = rig.root.read(f);
+        EXPECT_LE(text.size(), 10240u) << f;
+        EXPECT_GT(text.size(), 0u) << f;
+        total += testutil::countSubstr(text, "[SensorError] ====error=====,m_nDayNightMode out of range\n");
+    }
+    // The newest lines are kept: at least the last two full files' worth.
+    EXPECT_GT(total, 2u * 10240u / 100u);
+}
+
 TEST_F(DayNightTest, HighDynamicRangeModeThreeFollowsTheState) {
     ProbeController& c = start([](ProbeController& self) { self.setHDRMode(3); });
     c.setDayNightMode(2);
@@ -611,7 +634,8 @@ TEST_F(DayNightTest, TimetableOverFortyEightHours) {
     ASSERT_EQ(5u, ev.size());
     EXPECT_EQ("turnPictureToDay", ev[0].what);
     EXPECT_EQ(12, ev[0].hour);
-    const char* names[] = {"turnPictureToNight", "turnPictureToDay", "turnPictureToNight", "turnPictureToDay"};
+    const char* names[] = {"turnPictureToNight", "turnPictureToDay", "turnPictureToNight",
+                           "turnPictureToDay"};
     const int hours[] = {18, 6, 18, 6};
     for (int i = 0; i < 4; ++i) {
         const ProbeEvent& e = ev[static_cast<size_t>(i) + 1];
@@ -734,7 +758,8 @@ namespace {
 int64_t realMsToDestroy(ControllerRig& rig) {
     auto t0 = std::chrono::steady_clock::now();
     rig.ctl.reset();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - t0).count();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - t0)
+        .count();
 }
 }  // namespace
 

@@ -14,11 +14,11 @@
 #include "doubles/FakeUART.h"
 #include "isp/ISPParam.h"
 #include "platform/KSDeviceTime.h"
-#include "storage/SensorLog.h"
 #include "platform/PlatformClock.h"
+#include "storage/SensorLog.h"
 
 struct ProbeEvent {
-    int64_t ms;          // virtual monotonic time
+    int64_t ms;                // virtual monotonic time
     int hour, minute, second;  // device time of day
     std::string what;
 };

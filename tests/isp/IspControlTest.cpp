@@ -22,19 +22,19 @@ const char* const kISPFile = "/hd1/program/config/ISPParam.xml";
 
 // A table set in the file's form. Bands are (name, min, max, items).
 std::string band(const std::string& name, int min, int max, const std::string& items) {
-    return "<" + name + " min=\"" + std::to_string(min) + "\" max=\"" + std::to_string(max) + "\">" + items + "</" +
-           name + ">";
+    return "<" + name + " min=\"" + std::to_string(min) + "\" max=\"" + std::to_string(max) + "\">" + items +
+           "</" + name + ">";
 }
 std::string item(const std::string& name, int value) {
     return "<item name=\"" + name + "\" value=\"" + std::to_string(value) + "\"/>";
 }
 std::string table(const std::string& name, const std::string& enable, const std::string& bands) {
-    return "<" + name + (enable.empty() ? std::string() : " enable=\"" + enable + "\"") + ">" + bands + "</" + name +
-           ">";
+    return "<" + name + (enable.empty() ? std::string() : " enable=\"" + enable + "\"") + ">" + bands + "</" +
+           name + ">";
 }
 std::string file(const std::string& tables, int time = 0, bool realTime = false) {
-    return "<?xml version=\"1.0\"?>\n<config realTimeUpdate=\"" + std::string(realTime ? "1" : "0") + "\" time=\"" +
-           std::to_string(time) + "\">" + tables + "</config>\n";
+    return "<?xml version=\"1.0\"?>\n<config realTimeUpdate=\"" + std::string(realTime ? "1" : "0") +
+           "\" time=\"" + std::to_string(time) + "\">" + tables + "</config>\n";
 }
 
 // Day band EE 45 DC 1 A0 16 TM 4; night band EE 20 DC 0 A0 48 TM 12.
@@ -218,12 +218,12 @@ TEST_F(IspControlTest, PassPausesExactlyItsTimeOnTheClock) {
 }
 
 TEST_F(IspControlTest, GainBandsWithGapsAndOverlaps) {
-    const std::string gain = table(
-        "GAIN", "1",
-        band("g0", 0, 16, item("EE", 10) + item("DC", 0)) + band("g1", 16, 32, item("EE", 20)) +
-            band("g2", 24, 40, item("EE", 99) + item("DC", 7)) + band("g3", 50, 64, item("EE", 30)) +
-            // A repeated band name adds to the first band and keeps its bounds.
-            band("g1", 100, 200, item("DC", 5)));
+    const std::string gain =
+        table("GAIN", "1",
+              band("g0", 0, 16, item("EE", 10) + item("DC", 0)) + band("g1", 16, 32, item("EE", 20)) +
+                  band("g2", 24, 40, item("EE", 99) + item("DC", 7)) + band("g3", 50, 64, item("EE", 30)) +
+                  // A repeated band name adds to the first band and keeps its bounds.
+                  band("g1", 100, 200, item("DC", 5)));
     ProbeController& c = load(file(gain));
     struct Step {
         int gain;
@@ -238,7 +238,7 @@ TEST_F(IspControlTest, GainBandsWithGapsAndOverlaps) {
         {45, ""},                       // gap: nothing found, nothing changes
         {50, "set ee=30\n"},            // g3 has no DC: DC keeps 7
         {64, ""},
-        {150, ""},                      // g1's later bounds were not taken
+        {150, ""},  // g1's later bounds were not taken
         {-5, ""},
         {0, "set ee=10\nset DC=0\n"},
     };
@@ -265,9 +265,10 @@ TEST_F(IspControlTest, GainTableWinsOverTheDayNightTableInTheSamePass) {
 // ---- edge enhancement ----
 
 TEST_F(IspControlTest, EdgeEnhancementMinusOneIsRememberedButNotAnnounced) {
-    ProbeController& c = load(file(table(
-        "GAIN", "1",
-        band("a", 0, 10, item("EE", 30)) + band("off", 10, 20, item("EE", -1)) + band("keep", 20, 30, item("EE", -2)))));
+    ProbeController& c =
+        load(file(table("GAIN", "1",
+                        band("a", 0, 10, item("EE", 30)) + band("off", 10, 20, item("EE", -1)) +
+                            band("keep", 20, 30, item("EE", -2)))));
     c.gain = 15;
     pass(c);
     EXPECT_EQ("", out);
@@ -371,10 +372,11 @@ TEST_F(IspControlTest, TNFMode2AppliesTheStoredLevel) {
 }
 
 TEST_F(IspControlTest, OffValuesCloseTemporalNoiseReduction) {
-    ProbeController& c = load(file(table(
-        "GAIN", "1",
-        band("on", 0, 10, item("A0", 16) + item("TM", 4)) + band("a0off", 10, 20, item("A0", -1) + item("TM", 4)) +
-            band("tmoff", 20, 30, item("A0", 16) + item("TM", -1)) + band("tmonly", 30, 40, item("TM", 9)))));
+    ProbeController& c = load(file(table("GAIN", "1",
+                                         band("on", 0, 10, item("A0", 16) + item("TM", 4)) +
+                                             band("a0off", 10, 20, item("A0", -1) + item("TM", 4)) +
+                                             band("tmoff", 20, 30, item("A0", 16) + item("TM", -1)) +
+                                             band("tmonly", 30, 40, item("TM", 9)))));
     c.gain = 0;
     pass(c);
     EXPECT_EQ("set A0=16,TM=-100\nset TM=4,A0=16\n", out);
@@ -397,7 +399,8 @@ TEST_F(IspControlTest, SetTNFPrintsTheInvertedStrength) {
     struct Case {
         int level;
         const char* printed;
-    } cases[] = {{1, "setTNF=255\n"}, {100, "setTNF=0\n"}, {50, "setTNF=129\n"}, {0, ""}, {200, "setTNF=257\n"}};
+    } cases[] = {
+        {1, "setTNF=255\n"}, {100, "setTNF=0\n"}, {50, "setTNF=129\n"}, {0, ""}, {200, "setTNF=257\n"}};
     for (const Case& k : cases) {
         testing::internal::CaptureStdout();
         EXPECT_TRUE(c.setTNF(k.level));
