@@ -389,7 +389,7 @@ void ISensorController::printDebugMessage() {
     if (!DiskManager::isFileExist(SensorPaths::kDebugSign)) return;
     static std::atomic<unsigned int> s_calls{0};
     if (s_calls.fetch_add(1) % 3 != 0) return;
-    std::printf("m_nParamMode(%d) m_nCurrentParamScheme(%d)\n", m_nParamMode, m_nCurrentParamScheme);
+    std::printf("m_nParamMode(%d) m_nCurrentParamScheme(%d)\n", m_nParamMode.load(), m_nCurrentParamScheme.load());
     std::string all;
     m_pSensorLastValueCache->getAllSensorValues(all);
     std::printf("m_pSensorLastValueCache:%s \n\n\n", all.c_str());

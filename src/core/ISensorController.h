@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <list>
 #include <map>
 #include <set>
@@ -237,24 +238,26 @@ protected:
     int m_nDNSwitchDelay = 5;
     double m_dDelayStartTime = 0.0;
     int m_nPendingDNStatus = -1;
-    int m_nCurrentDNStatus = -1;
+    std::atomic<int> m_nCurrentDNStatus{-1};
     unsigned char m_bDNSwitchEnable = 1;
     unsigned char m_bInitialised = 0;
     int m_nDNDetectSource = 0;
     unsigned char m_bLDRBoard = 0;
     int m_nDNDefault = 0;
     // ISP tuning state
-    int m_nLastA0 = -100;
-    int m_nLastTM = -100;
-    int m_nLastDC = -100;
-    int m_nLastEE = -100;
-    bool m_bIspRealTimeUpdate = false;
-    int m_nIspDelayTime = 1;
-    int m_nDayNightState = 1;
-    int m_nLastISPDayNightState = -1;
-    int m_nTNFMode = 0;
-    int m_nTNFLevel = 0;
-    int m_nTNFSwitch = 0;
+    // Shared between the parameter path, the day/night worker and the owner's
+    // ISP loop: whole-value reads and writes, made atomic so they are well defined.
+    std::atomic<int> m_nLastA0{-100};
+    std::atomic<int> m_nLastTM{-100};
+    std::atomic<int> m_nLastDC{-100};
+    std::atomic<int> m_nLastEE{-100};
+    std::atomic<bool> m_bIspRealTimeUpdate{false};
+    std::atomic<int> m_nIspDelayTime{1};
+    std::atomic<int> m_nDayNightState{1};
+    std::atomic<int> m_nLastISPDayNightState{-1};
+    std::atomic<int> m_nTNFMode{0};
+    std::atomic<int> m_nTNFLevel{0};
+    std::atomic<int> m_nTNFSwitch{0};
     int m_nConfigVersion = 0;
     int m_nConfigVersion2 = 0;
     std::vector<SensorConfigFile*> m_pUsrFileOperatorList;
@@ -276,10 +279,10 @@ protected:
     int m_nNTDTime = 8899;
     KSDeviceTime m_CurrentTime;
     KSMutex m_DNMutex;
-    unsigned char m_bResetting = 0;
+    std::atomic<unsigned char> m_bResetting{0};
     std::vector<ParamScheme*> m_pParamSchemeList;
-    int m_nCurrentParamScheme = -2;
-    int m_nParamMode = 1;
+    std::atomic<int> m_nCurrentParamScheme{-2};
+    std::atomic<int> m_nParamMode{1};
 
     // Index of the first enabled scheme whose window holds the current time of
     // day, from the records in memory; -1 (the factory set) when none does.

@@ -26,7 +26,7 @@ int ISensorController::ISPParamBody() {
     bool enabled = false;
     if (m_pISPParam->getEnableFlag("DN", enabled) && enabled) {
         setISPParam("DN", m_nDayNightState);
-        m_nLastISPDayNightState = m_nDayNightState;
+        m_nLastISPDayNightState = m_nDayNightState.load();
     }
     enabled = false;
     if (m_pISPParam->getEnableFlag("GAIN", enabled) && enabled) {
@@ -79,7 +79,7 @@ bool ISensorController::set3DNRParam(const std::string& table, int key) {
     int a0 = -100;
     if (m_pISPParam->getParam(table, "A0", key, a0) && a0 != m_nLastA0) {
         if (a0 != -1 && m_nLastTM != -1)
-            std::printf("set A0=%d,TM=%d\n", a0, m_nLastTM);
+            std::printf("set A0=%d,TM=%d\n", a0, m_nLastTM.load());
         else
             std::puts("close TNF");
         m_nLastA0 = a0;
@@ -87,7 +87,7 @@ bool ISensorController::set3DNRParam(const std::string& table, int key) {
     int tm = -100;
     if (!m_pISPParam->getParam(table, "TM", key, tm) || tm == m_nLastTM) return true;
     if (m_nLastA0 != -1 && tm != -1)
-        std::printf("set TM=%d,A0=%d\n", tm, m_nLastA0);
+        std::printf("set TM=%d,A0=%d\n", tm, m_nLastA0.load());
     else
         std::puts("close TNF");
     m_nLastTM = tm;

@@ -84,9 +84,12 @@ void PlatformClock::localTime(struct tm& out) {
 bool PlatformClock::sleepMs(int64_t ms) {
     ClockState& s = state();
     std::unique_lock<std::mutex> lock(s.mutex);
-    settleLocked(s);
+    // A thread released by advanceMs counts as settled only once it really
+    // waits again: a zero wait or a stop keeps it running (a stopping GThread
+    // settles when its loop ends).
     if (GThread::currentStopRequested()) return false;
     if (ms <= 0) return true;
+    settleLocked(s);
 
     if (!s.isVirtual) {
         auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);

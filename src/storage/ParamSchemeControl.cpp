@@ -153,7 +153,7 @@ int ISensorController::setParamMode(int mode) {
 }
 
 int ISensorController::getParamMode(int& mode) {
-    std::printf("ISensorController::getParamMode:%d\n", m_nParamMode);
+    std::printf("ISensorController::getParamMode:%d\n", m_nParamMode.load());
     mode = m_nParamMode;
     return 1;
 }
