@@ -240,7 +240,7 @@ protected:
     int m_nPendingDNStatus = -1;
     std::atomic<int> m_nCurrentDNStatus{-1};
     unsigned char m_bDNSwitchEnable = 1;
-    unsigned char m_bInitialised = 0;
+    std::atomic<unsigned char> m_bInitialised{0};  // set after the worker has started
     int m_nDNDetectSource = 0;
     unsigned char m_bLDRBoard = 0;
     int m_nDNDefault = 0;
