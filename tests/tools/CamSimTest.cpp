@@ -56,11 +56,25 @@ CamsimRun runCamsim(const std::vector<std::string>& args, int timeoutSeconds = 6
         if (devnull >= 0) ::dup2(devnull, STDIN_FILENO);
         ::close(out[0]);
         ::close(status[0]);
+        std::vector<std::string> words;
+#ifdef SENSORCTL_TEST_EMULATOR
+        // A cross build: camsim is a target program too and runs under the emulator.
+        {
+            std::string emulator = SENSORCTL_TEST_EMULATOR;
+            size_t start = 0;
+            for (size_t bar = emulator.find('|'); bar != std::string::npos; bar = emulator.find('|', start)) {
+                words.push_back(emulator.substr(start, bar - start));
+                start = bar + 1;
+            }
+            words.push_back(emulator.substr(start));
+        }
+#endif
+        words.push_back(path);
+        words.insert(words.end(), args.begin(), args.end());
         std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(path.c_str()));
-        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        for (const std::string& w : words) argv.push_back(const_cast<char*>(w.c_str()));
         argv.push_back(nullptr);
-        ::execv(path.c_str(), argv.data());
+        ::execv(words[0].c_str(), argv.data());
         int err = errno;
         ssize_t ignored = ::write(status[1], &err, sizeof(err));
         (void)ignored;
