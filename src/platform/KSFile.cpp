@@ -105,15 +105,11 @@ bool KSFile::open(const std::string& path, int mode) {
     if (mode != ModeWrite) return false;
     if (FsUtil::isDirectory(m_strPath)) return false;
     std::string dir = FsUtil::dirName(m_strPath);
-    if (!FsUtil::makeDirs(dir)) return false;
-    removeStaleTemps(m_strPath);
-    std::string tmpl = m_strPath + kTempMarker + "XXXXXX";
-    std::vector<char> name(tmpl.begin(), tmpl.end());
-    name.push_back('\0');
-    m_nFd = ::mkstemp(name.data());
-    if (m_nFd < 0) return false;
-    ::fchmod(m_nFd, 0644);
-    m_strTempPath = name.data();
+    if (!FsUtil::makeDirs(dir) || ::access(dir.c_str(), W_OK) != 0) return false;
+    // The bytes are kept here; the temporary file is made on close, and only
+    // when they differ from the file's content, so an unchanged replacement
+    // touches nothing on the flash.
+    m_bWriting = true;
     m_strData.clear();
     m_nMode = mode;
     return true;
@@ -137,63 +133,58 @@ long long KSFile::read(void* buffer, long long length) {
 }
 
 long long KSFile::write(const void* buffer, long long length) {
-    if (m_nFd < 0 || m_nMode != ModeWrite || length < 0) return -1;
-    const char* p = static_cast<const char*>(buffer);
-    if (!writeFd(m_nFd, p, static_cast<size_t>(length))) return -1;
-    m_strData.append(p, static_cast<size_t>(length));
+    if (!m_bWriting || length < 0) return -1;
+    m_strData.append(static_cast<const char*>(buffer), static_cast<size_t>(length));
     return length;
 }
 
 long long KSFile::getLength() {
+    if (m_bWriting) return static_cast<long long>(m_strData.size());
     if (m_nFd < 0) return -1;
-    if (m_nMode == ModeWrite) return static_cast<long long>(m_strData.size());
     struct stat st {};
     if (::fstat(m_nFd, &st) != 0) return -1;
     return static_cast<long long>(st.st_size);
 }
 
 bool KSFile::close() {
-    if (m_nFd < 0) return true;
-    int fd = m_nFd;
-    m_nFd = -1;
-    if (m_nMode != ModeWrite) {
-        ::close(fd);
+    if (m_nFd >= 0) {
+        ::close(m_nFd);
+        m_nFd = -1;
         return true;
     }
-    bool ok = true;
-    if (sameContent(m_strPath, m_strData)) {
-        // Nothing changed: keep the old file, spare the flash a write.
-        ::close(fd);
-        ::unlink(m_strTempPath.c_str());
-    } else {
-        ok = ::fsync(fd) == 0;
-        ::close(fd);
-        if (g_crashBeforeRename.load()) {
-            // The temporary file stays behind as a power cut would leave it.
-            ok = false;
-        } else if (!ok || ::rename(m_strTempPath.c_str(), m_strPath.c_str()) != 0) {
-            ::unlink(m_strTempPath.c_str());
-            ok = false;
-        } else {
-            FsUtil::syncDir(FsUtil::dirName(m_strPath));
-        }
-    }
-    m_strTempPath.clear();
+    if (!m_bWriting) return true;
+    m_bWriting = false;
+    bool ok = sameContent(m_strPath, m_strData) || commit();
     m_strData.clear();
     m_strData.shrink_to_fit();
     return ok;
 }
 
+bool KSFile::commit() {
+    removeStaleTemps(m_strPath);
+    std::string tmpl = m_strPath + kTempMarker + "XXXXXX";
+    std::vector<char> name(tmpl.begin(), tmpl.end());
+    name.push_back('\0');
+    int fd = ::mkstemp(name.data());
+    if (fd < 0) return false;
+    ::fchmod(fd, 0644);
+    bool ok = writeFd(fd, m_strData.data(), m_strData.size()) && ::fsync(fd) == 0;
+    ::close(fd);
+    if (ok && g_crashBeforeRename.load()) return false;  // the temporary file stays, as a power cut leaves it
+    if (!ok || ::rename(name.data(), m_strPath.c_str()) != 0) {
+        ::unlink(name.data());
+        return false;
+    }
+    FsUtil::syncDir(FsUtil::dirName(m_strPath));
+    return true;
+}
+
 void KSFile::discard() {
-    if (m_nFd < 0) return;
-    if (m_nMode != ModeWrite) {
+    if (!m_bWriting) {
         close();
         return;
     }
-    ::close(m_nFd);
-    m_nFd = -1;
-    ::unlink(m_strTempPath.c_str());
-    m_strTempPath.clear();
+    m_bWriting = false;
     m_strData.clear();
 }
 

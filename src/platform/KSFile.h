@@ -28,7 +28,7 @@ public:
     bool close();
     // Ends a write without committing it: the file keeps its old content.
     void discard();
-    bool isOpen() const { return m_nFd >= 0; }
+    bool isOpen() const { return m_nFd >= 0 || m_bWriting; }
 
     static bool isExist(const std::string& path);
 
@@ -45,9 +45,11 @@ public:
     static void setBeforeReadHook(void (*hook)(const std::string& resolvedPath));
 
 private:
-    int m_nFd = -1;
+    bool commit();
+
+    int m_nFd = -1;          // file opened for reading
+    bool m_bWriting = false; // open for writing (the bytes are kept until close)
     int m_nMode = 0;
     std::string m_strPath;     // resolved target path
-    std::string m_strTempPath; // temporary file of a write
     std::string m_strData;     // bytes written so far
 };

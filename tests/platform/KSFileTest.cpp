@@ -163,3 +163,21 @@ TEST(KSFileTest, DiscardKeepsTheOldContent) {
     EXPECT_EQ(root.read("/mnt/f.cfg"), "old");
     EXPECT_EQ(countTemps(root.real("/mnt")), 0);
 }
+
+TEST(KSFileTest, IdenticalReplacementDoesNotTouchTheDirectory) {
+    TempRoot root;
+    ASSERT_TRUE(KSFile::writeAll("/mnt/cfg/f.cfg", "(1,2)"));
+    struct stat before {};
+    ASSERT_EQ(::stat(root.real("/mnt/cfg").c_str(), &before), 0);
+    ::usleep(20000);
+    ASSERT_TRUE(KSFile::writeAll("/mnt/cfg/f.cfg", "(1,2)"));
+    struct stat after {};
+    ASSERT_EQ(::stat(root.real("/mnt/cfg").c_str(), &after), 0);
+    // No temporary file was made and removed: the directory itself is unchanged.
+    EXPECT_EQ(before.st_mtim.tv_sec, after.st_mtim.tv_sec);
+    EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
+    ASSERT_TRUE(KSFile::writeAll("/mnt/cfg/f.cfg", "(1,3)"));
+    ASSERT_EQ(::stat(root.real("/mnt/cfg").c_str(), &after), 0);
+    EXPECT_NE(before.st_mtim.tv_nsec + before.st_mtim.tv_sec * 1000000000LL,
+              after.st_mtim.tv_nsec + after.st_mtim.tv_sec * 1000000000LL);
+}
