@@ -23,6 +23,13 @@ protected:
         return bRet;
     }
 
+    // Parses the file and copies its tables out.
+    bool parseInto(ISPParam& objOut) {
+        ISPParamParse objParse;
+        if (!parse(objParse)) return false;
+        return objParse.getISPParam(objOut);
+    }
+
     static int lookup(const ISPParam& objParam, const char* szTable, const char* szName, int nKey,
                       bool& bFound) {
         int nValue = -100;
@@ -153,10 +160,8 @@ TEST_F(ISPParamParseTest, OverlappingBandsFirstInFileWins) {
         "<b min=\"10\" max=\"20\"><item name=\"DC\" value=\"2\"/></b>"
         "<a min=\"0\" max=\"100\"><item name=\"DC\" value=\"1\"/></a>"
         "</GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bFound = false;
     EXPECT_EQ(2, lookup(objOut, "GAIN", "DC", 10, bFound));
     EXPECT_EQ(2, lookup(objOut, "GAIN", "DC", 19, bFound));
@@ -172,10 +177,8 @@ TEST_F(ISPParamParseTest, RepeatedBandNameMergesIntoFirstOccurrence) {
         "<g2 min=\"10\" max=\"20\"><item name=\"EE\" value=\"6\"/></g2>"
         "<g1 min=\"50\" max=\"60\"><item name=\"TM\" value=\"3\"/><item name=\"EE\" value=\"9\"/></g1>"
         "</GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     const std::vector<ISPParamUnit>& vecBands = objOut.tables().at("GAIN");
     ASSERT_EQ(2u, vecBands.size());
     EXPECT_EQ("g1", vecBands[0].name());
@@ -194,10 +197,8 @@ TEST_F(ISPParamParseTest, MatchedBandWithoutEEFailsEvenIfLaterBandHasIt) {
         "<first min=\"0\" max=\"16\"><item name=\"DC\" value=\"1\"/></first>"
         "<second min=\"0\" max=\"32\"><item name=\"EE\" value=\"25\"/></second>"
         "</GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bFound = true;
     lookup(objOut, "GAIN", "EE", 4, bFound);
     EXPECT_FALSE(bFound);
@@ -211,10 +212,8 @@ TEST_F(ISPParamParseTest, DisabledTableIsStillStored) {
         "<night min=\"0\" max=\"1\"><item name=\"EE\" value=\"10\"/></night>"
         "<day min=\"1\" max=\"2\"><item name=\"EE\" value=\"30\"/></day>"
         "</DN><GAIN enable=\"false\"/></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bEnable = true;
     ASSERT_TRUE(objOut.getEnableFlag("DN", bEnable));
     EXPECT_FALSE(bEnable);
@@ -232,10 +231,8 @@ TEST_F(ISPParamParseTest, DisabledTableIsStillStored) {
 
 TEST_F(ISPParamParseTest, MissingEnableReadsAsFalse) {
     writeFile("<config><DN><day min=\"1\" max=\"2\"><item name=\"EE\" value=\"30\"/></day></DN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bEnable = true;
     ASSERT_TRUE(objOut.getEnableFlag("DN", bEnable));
     EXPECT_FALSE(bEnable);
@@ -247,10 +244,8 @@ TEST_F(ISPParamParseTest, OtherTableAndSettingNamesAreKept) {
     writeFile(
         "<config><LUX enable=\"1\"><dark min=\"0\" max=\"5\"><item name=\"Gamma\" value=\"22\"/></dark></LUX>"
         "</config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bFound = false;
     EXPECT_EQ(22, lookup(objOut, "LUX", "Gamma", 4, bFound));
     EXPECT_TRUE(bFound);
@@ -262,10 +257,8 @@ TEST_F(ISPParamParseTest, AbsentBoundsAndValuesReadAsZero) {
         "<nobounds><item name=\"EE\" value=\"7\"/></nobounds>"
         "<onlymax max=\"10\"><item name=\"EE\"/><item value=\"5\"/></onlymax>"
         "</GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     const std::vector<ISPParamUnit>& vecBands = objOut.tables().at("GAIN");
     ASSERT_EQ(2u, vecBands.size());
     int nMin = -1, nMax = -1;
@@ -286,10 +279,8 @@ TEST_F(ISPParamParseTest, SettingListedTwiceInBandKeepsLaterValue) {
         "<config><GAIN enable=\"1\"><g min=\"0\" max=\"10\">"
         "<item name=\"EE\" value=\"1\"/><item name=\"EE\" value=\"2\"/>"
         "</g></GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bFound = false;
     EXPECT_EQ(2, lookup(objOut, "GAIN", "EE", 5, bFound));
     EXPECT_TRUE(bFound);
@@ -301,10 +292,8 @@ TEST_F(ISPParamParseTest, NegativeBoundsAndValues) {
         "<neg min=\"-50\" max=\"-10\"><item name=\"A0\" value=\"-1\"/></neg>"
         "<mid min=\"-10\" max=\"10\"><item name=\"A0\" value=\"3\"/></mid>"
         "</T></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bFound = false;
     EXPECT_EQ(-1, lookup(objOut, "T", "A0", -50, bFound));
     EXPECT_TRUE(bFound);
@@ -321,10 +310,8 @@ TEST_F(ISPParamParseTest, BandsKeepFileOrder) {
         "<a min=\"0\" max=\"10\"><item name=\"EE\" value=\"2\"/></a>"
         "<m min=\"10\" max=\"20\"><item name=\"EE\" value=\"3\"/></m>"
         "</GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     const std::vector<ISPParamUnit>& vecBands = objOut.tables().at("GAIN");
     ASSERT_EQ(3u, vecBands.size());
     EXPECT_EQ("z", vecBands[0].name());
@@ -336,10 +323,8 @@ TEST_F(ISPParamParseTest, BandWithoutItemsAddsNoRow) {
     writeFile(
         "<config><GAIN enable=\"1\"><empty min=\"0\" max=\"100\"/>"
         "<g min=\"0\" max=\"10\"><item name=\"EE\" value=\"2\"/></g></GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     bool bFound = false;
     EXPECT_EQ(2, lookup(objOut, "GAIN", "EE", 5, bFound));
     EXPECT_TRUE(bFound);
@@ -396,10 +381,8 @@ TEST_F(ISPParamParseTest, ItemsOutsideBandsAreIgnored) {
     writeFile(
         "<config><item name=\"EE\" value=\"1\"/><GAIN enable=\"1\"><item name=\"EE\" value=\"2\"/>"
         "<g min=\"0\" max=\"10\"><item name=\"EE\" value=\"3\"/></g></GAIN></config>");
-    ISPParamParse objParse;
-    ASSERT_TRUE(parse(objParse));
     ISPParam objOut;
-    objParse.getISPParam(objOut);
+    ASSERT_TRUE(parseInto(objOut));
     EXPECT_EQ(1u, objOut.tables().size());
     ASSERT_EQ(1u, objOut.tables().at("GAIN").size());
     int nValue = 0;
