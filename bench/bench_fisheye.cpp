@@ -17,32 +17,12 @@
 #include "core/SensorControllerManager.h"
 #include "ksia/SimIsp.h"
 #include "platform/FsUtil.h"
+#include "IdleDevices.h"
 #include "platform/KSFile.h"
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
 
 namespace {
-
-class QuietGPIO : public IGPIO {
-public:
-    int open() override { return 1; }
-    int close() override { return 1; }
-    int notifySensorReady() override { return 1; }
-    int setDirection(int, int, int) override { return 1; }
-    int setLevel(int, int, int) override { return 1; }
-    int getLevel(int, int, int& level) override {
-        level = 0;
-        return 1;
-    }
-};
-
-class QuietUART : public IUARTController {
-public:
-    int open(const char*) override { return 1; }
-    int setParameter(int, int, int, int, int) override { return 1; }
-    int write(int, const char*, int length) override { return length; }
-    int read(int, char*, int, int) override { return 0; }
-};
 
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
 
@@ -74,8 +54,8 @@ public:
         SimAdc::install();
         SimAdc::instance().reset();
         m_pManager = new SensorControllerManager();
-        m_pManager->setUARTController(SafePointer<IUARTController>(new QuietUART()));
-        m_pManager->setGPIO(SafePointer<IGPIO>(new QuietGPIO()));
+        m_pManager->setUARTController(SafePointer<IUARTController>(new IdleUART()));
+        m_pManager->setGPIO(SafePointer<IGPIO>(new IdleGPIO(0)));
         ModuleConfigure cfg(88, "isInfrared=0;GPIO=1,5,1;autoFocus=1;manualFocus=0;fisheye=1;autoIris=0", "");
         std::atomic<bool> done{false};
         std::thread init([&] {

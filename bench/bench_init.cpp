@@ -28,6 +28,7 @@
 #include <string>
 #include <thread>
 
+#include "IdleDevices.h"
 #include "app/ModuleConfigure.h"
 #include "app/VideoResolution.h"
 #include "core/ISensorController.h"
@@ -44,29 +45,6 @@ const int kSchemes = 4;
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) {
     return ::remove(path);
 }
-
-// A serial port that accepts everything and answers nothing.
-class IdleUART : public IUARTController {
-public:
-    int open(const char*) override { return 0; }
-    int setParameter(int, int, int, int, int) override { return 1; }
-    int write(int, const char*, int length) override { return length; }
-    int read(int, char*, int, int) override { return 0; }
-};
-
-// GPIO lines that accept every level and read as day.
-class IdleGPIO : public IGPIO {
-public:
-    int open() override { return 1; }
-    int close() override { return 1; }
-    int notifySensorReady() override { return 1; }
-    int setDirection(int, int, int) override { return 1; }
-    int setLevel(int, int, int) override { return 1; }
-    int getLevel(int, int, int& level) override {
-        level = 1;
-        return 1;
-    }
-};
 
 // A driver that does nothing: 60 common ids, every read gives the id, every
 // write succeeds, day reported by the sensor, a constant gain.
