@@ -6,18 +6,14 @@
 #include <map>
 #include <sstream>
 
-#include "adc/SimAdc.h"
 #include "camsim/CommandLine.h"
 #include "camsim/ParamNames.h"
 #include "storage/SensorFile.h"
 #include "camsim/RootSetup.h"
-#include "drivers/fisheye/KsiaDriver.h"
-#include "ksia/SimIsp.h"
 #include "platform/ConfigFileNameConst.h"
 #include "platform/KSFile.h"
 #include "platform/KestraTime.h"
 #include "platform/ModuleConfigureParser.h"
-#include "platform/ModuleParameterParser.h"
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
 #include "platform/SensorParameterParser.h"
@@ -88,30 +84,8 @@ std::string CamSim::deviceTimeText() const {
     return buf;
 }
 
-void CamSim::readBoardPins(const ModuleConfigure& module) {
-    ModuleParameterParser detail;
-    if (!detail.parse(module.getDetail())) return;
-    std::string text;
-    if (detail.getValue("GPIO", text) &&
-        std::sscanf(text.c_str(), "%d,%d,%d", &m_pins.irCutGroup, &m_pins.irCutPin, &m_pins.irCutDayLevel) == 3)
-        m_pins.hasIrCut = true;
-    int infrared = 0;
-    if (detail.getValue("isInfrared", infrared) && infrared != 0 && detail.getValue("GPIOInfraredLight", text) &&
-        std::sscanf(text.c_str(), "%d,%d,%d", &m_pins.ledGroup, &m_pins.ledPin, &m_pins.ledDayLevel) == 3)
-        m_pins.hasLeds = true;
-}
-
-void CamSim::setLight(int percent) {
-    m_nLight = percent;
-    // A bright scene is a low ISP scene level; the light sensor reads a share of
-    // its full scale (rounded up, so that 70 percent reads as 70 percent).
-    SimIsp::instance().setSceneLevel(100 - percent);
-    SimAdc::instance().setReading((percent * SimAdc::FullScale + 99) / 100);
-}
-
 bool CamSim::start(const Options& options) {
     m_options = options;
-    m_nLight = options.light;
     std::string problem;
     if (!prepareRootDirectory(options.root, m_strRoot, problem)) {
         std::fprintf(stderr, "camsim: %s\n", problem.c_str());
@@ -152,20 +126,13 @@ bool CamSim::start(const Options& options) {
             module = m;
             break;
         }
-    readBoardPins(module);
-
-    SimIsp::instance().reset();
-    SimAdc::install();
-    SimAdc::instance().reset();
-    setLight(m_nLight);
-
-    m_pGpio = new SimGPIO();
-    m_pMonitor.reset(new EventMonitor(*m_pGpio, m_pins));
+    m_pFrontEnd = SimFrontEnd::forModule(module);
+    m_pFrontEnd->setLight(options.light);
+    m_pManager.reset(new SensorControllerManager());
+    m_pFrontEnd->attach(*m_pManager);
+    m_pMonitor.reset(new EventMonitor(*m_pFrontEnd));
     m_pMonitor->setOutput(out());
     m_pMonitor->prime();
-    m_pManager.reset(new SensorControllerManager());
-    m_pManager->setUARTController(SafePointer<IUARTController>(new SimUART()));
-    m_pManager->setGPIO(SafePointer<IGPIO>(m_pGpio));
 
     say("camsim: " + deviceTimeText() + "  starting module " + std::to_string(module.getModuleId()) + " (detail \"" +
         module.getDetail() + "\")");
@@ -222,11 +189,10 @@ void CamSim::stop() {
     }
     m_controller.reset();
     m_pManager.reset();  // stops the day/night worker, releases the GPIO and serial port
-    m_pGpio = nullptr;
     m_pMonitor.reset();
+    if (m_pFrontEnd) m_pFrontEnd->detach();
     if (m_bStarted || m_capture.isActive()) {
         m_capture.stop();
-        SimAdc::uninstall();
         PlatformClock::useReal();
     }
     m_bStarted = false;
@@ -362,8 +328,6 @@ bool CamSim::execute(const std::string& rawLine) {
             cmdRun(args);
         else if (cmd == "status")
             cmdStatus();
-        else if (cmd == "isp")
-            cmdIsp(args);
         else if (cmd == "files")
             cmdFiles();
         else if (cmd == "cat")
@@ -376,8 +340,14 @@ bool CamSim::execute(const std::string& rawLine) {
             cmdVerbose(args);
         else if (cmd == "ui")
             cmdUi(args);
-        else
-            error("unknown command '" + words[0] + "' (type 'help')");
+        else {
+            m_pMonitor->poll();
+            std::string problem;
+            if (!m_pFrontEnd->command(cmd, args, out(), problem))
+                error("unknown command '" + words[0] + "' (type 'help')");
+            else if (!problem.empty())
+                error(problem);
+        }
     } catch (const std::exception& e) {
         error(std::string("command failed inside the library: ") + e.what());
     }
@@ -432,14 +402,14 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         "  time HH:MM[:SS]             set the device time of day (virtual clock)\n"
         "  run N[s|m|h|ms]             let the camera run for that long on the virtual clock\n"
         "  status                      day/night state, IR-cut and LED levels, scheme, last ISP commands\n"
-        "  isp [N]                     the last N ISP driver commands\n"
         "  zoom wide|tele [fast]  focus near|far [fast]  focus auto  lens reset\n"
         "  files | cat PATH            the files under the root | one of them (camera path)\n"
         "  logs [error|init|console] [N]   the library's logs or console lines\n"
         "  verbose on|off              show the library's console lines\n"
         "  ui style | ui lang N        the web interface's style text merged for this module | common and\n"
         "                              language texts of language N (language 1 when N has none)\n"
-        "  echo TEXT | help [params] | quit");
+        "  echo TEXT | help [params] | quit\n" +
+        m_pFrontEnd->help());
 }
 
 void CamSim::cmdSet(const std::vector<std::string>& args) {
@@ -662,9 +632,8 @@ void CamSim::cmdLight(const std::vector<std::string>& args) {
         error("usage: light N with N from 0 (dark) to 100 (bright)");
         return;
     }
-    setLight(percent);
-    say("ok: light " + std::to_string(percent) + " % (ISP scene level " + std::to_string(100 - percent) +
-        ", ADC " + std::to_string(SimAdc::instance().reading()) + "/" + std::to_string(SimAdc::FullScale) + ")");
+    m_pFrontEnd->setLight(percent);
+    say("ok: light " + std::to_string(percent) + " % (" + m_pFrontEnd->lightText() + ")");
 }
 
 void CamSim::cmdTime(const std::vector<std::string>& args) {
@@ -698,61 +667,16 @@ void CamSim::cmdStatus() {
     std::FILE* o = out();
     const int dn = m_controller->getCurrentDNState();
     const int mode = m_controller->getStoredDayNightMode();
-    std::fprintf(o, "device time    %s (virtual clock)\n", deviceTimeText().c_str());
-    std::fprintf(o, "day/night      %s, mode %d%s\n", dn == 1 ? "DAY" : dn == 0 ? "NIGHT" : "-", mode,
-                 m_pins.hasLeds ? ", light sensor on the ADC" : ", ISP scene level");
-    int level = 0;
-    if (m_pins.hasIrCut) {
-        bool known = m_pGpio->levelOf(m_pins.irCutGroup, m_pins.irCutPin, level);
-        std::fprintf(o, "IR-cut filter  gpio %d/%d = %s  (%s)\n", m_pins.irCutGroup, m_pins.irCutPin,
-                     known ? std::to_string(level).c_str() : "-",
-                     !known ? "never driven" : level == m_pins.irCutDayLevel ? "in, day" : "out, night");
-    }
-    if (m_pins.hasLeds) {
-        bool known = m_pGpio->levelOf(m_pins.ledGroup, m_pins.ledPin, level);
-        std::fprintf(o, "IR LEDs        gpio %d/%d = %s  (%s)\n", m_pins.ledGroup, m_pins.ledPin,
-                     known ? std::to_string(level).c_str() : "-",
-                     !known ? "never driven" : level == m_pins.ledDayLevel ? "off" : "on");
-    } else {
-        std::fprintf(o, "IR LEDs        none on this board\n");
-    }
-    std::fprintf(o, "light          %d %% (ISP scene level %d, ADC %d/%d)\n", m_nLight, SimIsp::instance().sceneLevel(),
-                 SimAdc::instance().reading(), SimAdc::FullScale);
     int paramMode = 0;
     m_controller->getParamMode(paramMode);
     m_capture.take();
+    m_pMonitor->poll();
+    std::fprintf(o, "device time    %s (virtual clock)\n", deviceTimeText().c_str());
+    std::fprintf(o, "day/night      %s, mode %d, %s\n", dn == 1 ? "DAY" : dn == 0 ? "NIGHT" : "-", mode,
+                 m_pFrontEnd->dayNightSource().c_str());
     std::fprintf(o, "scheme         %d (%s)\n", m_controller->getCurrentParamSchemeIndex(),
                  paramMode != 0 ? "auto" : "manual");
-    std::fprintf(o, "last ISP commands sent:\n");
-    m_pMonitor->poll();
-    std::vector<SimIsp::Call> calls = m_pMonitor->recentIspCalls(64);
-    std::vector<SimIsp::Call> sets;
-    for (const SimIsp::Call& c : calls)
-        if (c.nDirection == KSIA_SET) sets.push_back(c);
-    size_t first = sets.size() > 8 ? sets.size() - 8 : 0;
-    for (size_t i = first; i < sets.size(); ++i)
-        std::fprintf(o, "  set %3d %-24s <- %d%s\n", sets[i].nCommand, ispCommandName(sets[i].nCommand).c_str(),
-                     sets[i].nValueIn, sets[i].nResult == 0 ? "" : "  (failed)");
-    if (sets.empty()) std::fprintf(o, "  (none lately; 'isp' lists reads too)\n");
-}
-
-void CamSim::cmdIsp(const std::vector<std::string>& args) {
-    int count = 12;
-    if (!args.empty() && (!parseInt(args[0], count) || count < 1 || count > 64)) {
-        error("usage: isp [N] with N from 1 to 64");
-        return;
-    }
-    m_pMonitor->poll();
-    for (const SimIsp::Call& c : m_pMonitor->recentIspCalls(static_cast<size_t>(count))) {
-        char result[32] = "ok";
-        if (c.nResult != 0) std::snprintf(result, sizeof(result), "error 0x%x", static_cast<unsigned int>(c.nResult));
-        if (c.nDirection == KSIA_SET)
-            std::fprintf(out(), "  set %3d %-24s <- %-6d %s\n", c.nCommand, ispCommandName(c.nCommand).c_str(),
-                         c.nValueIn, result);
-        else
-            std::fprintf(out(), "  get %3d %-24s -> %-6d %s\n", c.nCommand, ispCommandName(c.nCommand).c_str(),
-                         c.nValueOut, result);
-    }
+    m_pFrontEnd->printStatus(o);
 }
 
 void CamSim::cmdFiles() {

@@ -12,15 +12,15 @@
 #include "app/ModuleConfigure.h"
 #include "camsim/ConsoleCapture.h"
 #include "camsim/EventMonitor.h"
-#include "camsim/SimBoardIO.h"
+#include "camsim/SimFrontEnd.h"
 #include "core/SensorControllerManager.h"
 #include "platform/GThread.h"
 
 namespace camsim {
 
 // The simulator camera: the library started as the camera application starts
-// it, on the simulated fisheye board, with the camera's files under a root
-// directory, driven by commands.
+// it, on a simulated front end (SimFrontEnd), with the camera's files under a
+// root directory, driven by commands.
 class CamSim {
 public:
     struct Options {
@@ -56,6 +56,7 @@ public:
     static const char* const kDemoScript[];
     FILE* out() const { return m_capture.out(); }
     const EventMonitor::Totals& totals() const { return m_pMonitor->totals(); }
+    const SimFrontEnd& frontEnd() const { return *m_pFrontEnd; }
 
 private:
     // Command handlers; each prints its own result or error.
@@ -71,7 +72,6 @@ private:
     void cmdTime(const std::vector<std::string>& args);
     void cmdRun(const std::vector<std::string>& args);
     void cmdStatus();
-    void cmdIsp(const std::vector<std::string>& args);
     void cmdFiles();
     void cmdCat(const std::vector<std::string>& args);
     void cmdLogs(const std::vector<std::string>& args);
@@ -85,24 +85,20 @@ private:
     bool applyList(const std::string& list, const std::string& what);
     // The library's reason for a refusal, from its console lines of this command.
     std::string refusalReason(const std::vector<std::string>& lines) const;
-    void setLight(int percent);
     // Moves the virtual clock on, letting the workers run, printing events.
     void advance(int64_t ms, bool printEvents);
     void configureSchemes();
-    void readBoardPins(const ModuleConfigure& module);
     std::string deviceTimeText() const;
     void tickerLoop();
 
     Options m_options;
     ConsoleCapture m_capture;
-    SimGPIO* m_pGpio = nullptr;  // owned by the manager's safe pointer
-    BoardPins m_pins;
+    std::unique_ptr<SimFrontEnd> m_pFrontEnd;
     std::unique_ptr<EventMonitor> m_pMonitor;
     std::unique_ptr<SensorControllerManager> m_pManager;
     SafePointer<ISensorController> m_controller;
     std::unique_ptr<GThread> m_pIspThread;
     int m_nSleepers = 1;
-    int m_nLight = 80;
     int m_nErrors = 0;
     bool m_bStarted = false;
     std::string m_strRoot;

@@ -7,30 +7,25 @@
 #include <utility>
 #include <vector>
 
-#include "camsim/SimBoardIO.h"
+#include "camsim/SimFrontEnd.h"
 #include "core/ISensorController.h"
-#include "ksia/SimIsp.h"
 #include "platform/SafePointer.h"
 
 namespace camsim {
 
 // Watches the simulated camera between steps of the clock and prints a
-// timeline: parameter scheme switches, day/night transitions, GPIO writes to
-// the IR-cut filter and LEDs, ISP commands and files written under the root.
+// timeline: parameter scheme switches, day/night transitions, what the front
+// end's hardware did (through the front end) and files written under the root.
 class EventMonitor {
 public:
     struct Totals {
         int schemeSwitches = 0;
         int toDay = 0;
         int toNight = 0;
-        int ispSets = 0;
-        int ispGets = 0;
-        int ispFailures = 0;
-        int gpioWrites = 0;
         int filesWritten = 0;
     };
 
-    EventMonitor(SimGPIO& gpio, const BoardPins& pins);
+    explicit EventMonitor(SimFrontEnd& frontEnd);
 
     void setOutput(FILE* out) { m_pOut = out; }
     void setController(const SafePointer<ISensorController>& controller) { m_controller = controller; }
@@ -41,9 +36,6 @@ public:
     void setQuiet(bool quiet) { m_bQuiet = quiet; }
 
     const Totals& totals() const { return m_totals; }
-    // The most recent ISP calls, oldest first.
-    std::vector<SimIsp::Call> recentIspCalls(size_t count) const;
-    std::string describeGpio(int group, int pin, int level) const;
 
 private:
     struct FileStamp {
@@ -55,15 +47,13 @@ private:
     void print(const std::string& kind, const std::string& text);
     std::string stamp() const;
 
-    SimGPIO& m_gpio;
-    BoardPins m_pins;
+    SimFrontEnd& m_frontEnd;
     FILE* m_pOut = stdout;
     SafePointer<ISensorController> m_controller;
     bool m_bQuiet = false;
     int m_nScheme = -2;
     int m_nDNState = -1;
     std::map<std::string, FileStamp> m_files;
-    std::deque<SimIsp::Call> m_recentIsp;
     Totals m_totals;
 };
 

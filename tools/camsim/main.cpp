@@ -75,15 +75,15 @@ int runDemo(camsim::CamSim::Options options, bool keep, bool rootGiven) {
             std::fprintf(sim.out(),
                          "\nsummary\n"
                          "  scheme switches       %d\n"
-                         "  day/night transitions %d (%d to night, %d to day)\n"
-                         "  ISP commands          %d sets, %d reads, %d failed\n"
-                         "  GPIO writes           %d\n"
+                         "  day/night transitions %d (%d to night, %d to day)\n",
+                         t.schemeSwitches, t.toDay + t.toNight, t.toNight, t.toDay);
+            sim.frontEnd().printSummary(sim.out());
+            std::fprintf(sim.out(),
                          "  files written         %d\n"
                          "  refused commands      %d%s\n"
                          "  simulated running     %lld s on the virtual clock, device clock moved over a whole day\n"
                          "  real time             %.2f s\n",
-                         t.schemeSwitches, t.toDay + t.toNight, t.toNight, t.toDay, t.ispSets, t.ispGets,
-                         t.ispFailures, t.gpioWrites, t.filesWritten, sim.errorCount(),
+                         t.filesWritten, sim.errorCount(),
                          sim.errorCount() == 2 ? " (the two out-of-range values at 12:00, as intended)" : "",
                          static_cast<long long>(simMs / 1000), realS);
         }
