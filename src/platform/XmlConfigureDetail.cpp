@@ -95,6 +95,8 @@ bool getBool(const tinyxml2::XMLElement* e, const std::string& name, bool& value
 
 bool setString(tinyxml2::XMLElement* e, const std::string& name, const std::string& value) {
     if (e == nullptr || !isValidName(name)) return false;
+    // An XML file cannot hold a NUL byte, not even as a character reference.
+    if (value.find('\0') != std::string::npos) return false;
     e->SetAttribute(name.c_str(), value.c_str());
     return true;
 }
@@ -129,11 +131,54 @@ void detachElement(tinyxml2::XMLElement* e) {
     holder->InsertEndChild(e);
 }
 
+namespace {
+
+// tinyxml2's printer escapes the markup characters but writes a CR as it is,
+// and every reader turns a CR (and CR LF) into LF. A character reference is not
+// line-end normalised, so this printer writes each CR as "&#13;" and a value
+// holding one reads back byte for byte. Everything the printer writes passes
+// through Write and Putc.
+class CrKeepingPrinter : public tinyxml2::XMLPrinter {
+public:
+    std::string text() const {
+        return std::string(CStr(), static_cast<size_t>(CStrSize() > 0 ? CStrSize() - 1 : 0));
+    }
+
+protected:
+    void Write(const char* data, size_t size) override {
+        size_t start = 0;
+        for (size_t i = 0; i < size; ++i) {
+            if (data[i] != '\r') continue;
+            if (i > start) tinyxml2::XMLPrinter::Write(data + start, i - start);
+            tinyxml2::XMLPrinter::Write(kCrReference, sizeof(kCrReference) - 1);
+            start = i + 1;
+        }
+        if (size > start) tinyxml2::XMLPrinter::Write(data + start, size - start);
+    }
+    void Putc(char ch) override {
+        if (ch == '\r')
+            tinyxml2::XMLPrinter::Write(kCrReference, sizeof(kCrReference) - 1);
+        else
+            tinyxml2::XMLPrinter::Putc(ch);
+    }
+
+private:
+    static constexpr char kCrReference[] = "&#13;";
+};
+
+}  // namespace
+
 std::string printElement(const tinyxml2::XMLElement* e) {
     if (e == nullptr) return std::string();
-    tinyxml2::XMLPrinter printer;
+    CrKeepingPrinter printer;
     e->Accept(&printer);
-    return std::string(printer.CStr(), static_cast<size_t>(printer.CStrSize() > 0 ? printer.CStrSize() - 1 : 0));
+    return printer.text();
+}
+
+std::string printDocument(const tinyxml2::XMLDocument& doc) {
+    CrKeepingPrinter printer;
+    doc.Print(&printer);
+    return printer.text();
 }
 
 }  // namespace xmlconfig

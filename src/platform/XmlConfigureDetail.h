@@ -32,6 +32,7 @@ bool parseBool(const char* text, bool& value);
 bool getString(const tinyxml2::XMLElement* e, const std::string& name, std::string& value);
 bool getInt(const tinyxml2::XMLElement* e, const std::string& name, int& value);
 bool getBool(const tinyxml2::XMLElement* e, const std::string& name, bool& value);
+// False for a null element, a name that is not an XML name, or a value holding a NUL byte.
 bool setString(tinyxml2::XMLElement* e, const std::string& name, const std::string& value);
 bool removeAttribute(tinyxml2::XMLElement* e, const std::string& name);
 void listAttributes(const tinyxml2::XMLElement* e, std::vector<std::pair<std::string, std::string>>& out);
@@ -43,7 +44,10 @@ tinyxml2::XMLElement* appendCopy(tinyxml2::XMLElement* parent, const tinyxml2::X
 // handles to it stay usable; it is simply no longer part of the document.
 void detachElement(tinyxml2::XMLElement* e);
 
-// The printed text of an element and everything under it.
+// The printed text of an element and everything under it, and of a whole
+// document. A CR is written as the character reference "&#13;" so that it
+// reads back as a CR (a reader turns a literal one into LF).
 std::string printElement(const tinyxml2::XMLElement* e);
+std::string printDocument(const tinyxml2::XMLDocument& doc);
 
 }  // namespace xmlconfig

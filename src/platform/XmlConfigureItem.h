@@ -33,7 +33,9 @@ public:
     // Accepts "1", "0", "true", "false" (any case).
     bool getProperty(const std::string& name, bool& value) const;
 
-    // Sets (adds or replaces) a property. False for a name that is not an XML name.
+    // Sets (adds or replaces) a property. False for a name that is not an XML name, or a
+    // value holding a NUL byte (a file cannot represent one). Every other byte reads back
+    // unchanged after a save and a re-open (a CR is saved as "&#13;").
     bool setProperty(const std::string& name, const std::string& value);
     bool setProperty(const std::string& name, const char* value);
     bool setProperty(const std::string& name, int value);

@@ -21,12 +21,6 @@ XMLElement* findDepthFirst(XMLElement* e, const char* name) {
     return nullptr;
 }
 
-std::string printDocument(tinyxml2::XMLDocument& doc) {
-    tinyxml2::XMLPrinter printer;
-    doc.Print(&printer);
-    return std::string(printer.CStr(), static_cast<size_t>(printer.CStrSize() > 0 ? printer.CStrSize() - 1 : 0));
-}
-
 }  // namespace
 
 XmlConfigureTool::XmlConfigureTool() = default;
@@ -52,7 +46,7 @@ bool XmlConfigureTool::open(const std::string& path, int /*flag*/, int mode) {
             std::printf("XmlConfigureTool::open(%s) failed: no root element\n", path.c_str());
             return false;
         }
-        if (mode == ModeUpdate) m_strOpenedText = printDocument(*doc);
+        if (mode == ModeUpdate) m_strOpenedText = xmlconfig::printDocument(*doc);
     }
     m_doc = std::move(doc);
     m_strPath = path;
@@ -64,7 +58,7 @@ bool XmlConfigureTool::close() {
     if (!isOpen()) return true;
     bool ok = true;
     if (m_nMode == ModeUpdate || m_nMode == ModeCreate) {
-        std::string text = printDocument(*m_doc);
+        std::string text = xmlconfig::printDocument(*m_doc);
         if (m_nMode == ModeCreate || text != m_strOpenedText) ok = KSFile::writeAll(m_strPath, text);
         if (!ok) std::printf("XmlConfigureTool::close() cannot write %s\n", m_strPath.c_str());
     }
@@ -132,4 +126,4 @@ bool XmlConfigureTool::removeConfigNode(const std::string& name) {
     return false;
 }
 
-std::string XmlConfigureTool::toString() const { return isOpen() ? printDocument(*m_doc) : std::string(); }
+std::string XmlConfigureTool::toString() const { return isOpen() ? xmlconfig::printDocument(*m_doc) : std::string(); }

@@ -629,3 +629,60 @@ TEST_F(XmlConfigureTest, CreateMakesMissingDirectories) {
     EXPECT_TRUE(m_root.exists(kSensorXml));
     EXPECT_EQ(m_root.read(kSensorXml).find(m_root.dir()), std::string::npos);
 }
+
+TEST_F(XmlConfigureTest, EveryByteButNulSurvivesSaveAndReopen) {
+    // Each byte alone, between other text, and doubled; CR also before LF.
+    std::vector<std::string> values;
+    for (int b = 1; b <= 0xFF; ++b) {
+        const std::string c(1, static_cast<char>(b));
+        values.push_back(c);
+        values.push_back("a" + c + "b");
+        values.push_back(c + c);
+    }
+    values.push_back("line1\r\nline2\r");
+    values.push_back("\r\r\n\n");
+    {
+        XmlConfigureTool tool;
+        ASSERT_TRUE(tool.open("/bytes.xml", 0, XmlConfigureTool::ModeCreate));
+        XmlConfigureNode node("n");
+        for (size_t i = 0; i < values.size(); ++i) {
+            XmlConfigureItem item;
+            ASSERT_TRUE(item.setProperty("value", values[i])) << i;
+            ASSERT_TRUE(node.addConfigItem(item));
+            ASSERT_TRUE(node.setProperty("p" + std::to_string(i), values[i])) << i;
+        }
+        ASSERT_TRUE(tool.addConfigNode(node));
+        ASSERT_TRUE(tool.close());
+    }
+    const std::string saved = m_root.read("/bytes.xml");
+    EXPECT_EQ(saved.find('\r'), std::string::npos);
+    XmlConfigureTool tool;
+    ASSERT_TRUE(tool.open("/bytes.xml", 0, XmlConfigureTool::ModeUpdate));
+    XmlConfigureNode node = tool.getConfigNode("n");
+    std::vector<XmlConfigureItem> items;
+    ASSERT_TRUE(node.getItemList(items));
+    ASSERT_EQ(items.size(), values.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+        std::string v;
+        ASSERT_TRUE(items[i].getProperty("value", v)) << i;
+        EXPECT_EQ(v, values[i]) << "item " << i << " byte " << static_cast<int>(static_cast<unsigned char>(values[i][0]));
+        ASSERT_TRUE(node.getProperty("p" + std::to_string(i), v)) << i;
+        EXPECT_EQ(v, values[i]) << "property " << i;
+    }
+    // Read and printed again, the document is the text that was saved.
+    EXPECT_EQ(tool.toString(), saved);
+}
+
+TEST_F(XmlConfigureTest, ANulByteInAValueIsRefused) {
+    XmlConfigureNode node("n");
+    ASSERT_TRUE(node.setProperty("p", "kept"));
+    EXPECT_FALSE(node.setProperty("p", std::string("a\0b", 3)));
+    EXPECT_FALSE(node.setProperty("q", std::string(1, '\0')));
+    std::string v;
+    ASSERT_TRUE(node.getProperty("p", v));
+    EXPECT_EQ(v, "kept");
+    EXPECT_FALSE(node.hasProperty("q"));
+    XmlConfigureItem item;
+    EXPECT_FALSE(item.setProperty("value", std::string("\0", 1)));
+    EXPECT_FALSE(item.hasProperty("value"));
+}
