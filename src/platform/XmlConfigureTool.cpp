@@ -5,6 +5,7 @@
 
 #include "platform/KSFile.h"
 #include "platform/XmlConfigureDetail.h"
+#include "platform/XmlDocumentCheck.h"
 
 using tinyxml2::XMLElement;
 
@@ -38,12 +39,9 @@ bool XmlConfigureTool::open(const std::string& path, int /*flag*/, int mode) {
     } else {
         std::string text;
         if (!KSFile::readAll(path, text)) return false;
-        if (doc->Parse(text.data(), text.size()) != tinyxml2::XML_SUCCESS) {
-            std::printf("XmlConfigureTool::open(%s) failed: %s\n", path.c_str(), doc->ErrorStr());
-            return false;
-        }
-        if (doc->RootElement() == nullptr) {
-            std::printf("XmlConfigureTool::open(%s) failed: no root element\n", path.c_str());
+        std::string why;
+        if (!XmlDocumentCheck::parse(*doc, text, XmlDocumentCheck::Elements::One, why)) {
+            std::printf("XmlConfigureTool::open(%s) failed: %s\n", path.c_str(), why.c_str());
             return false;
         }
         if (mode == ModeUpdate) m_strOpenedText = xmlconfig::printDocument(*doc);

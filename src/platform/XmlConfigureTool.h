@@ -47,8 +47,10 @@ public:
     // 3 creates an empty document with the root node set by setRootNodeName
     // ("config" when none was set; the file need not exist; close() saves).
     // `flag` is accepted for the platform's call form and ignored. A missing or
-    // unreadable file, malformed XML (a message is printed) or a document
-    // without a root element fail. A document that is still open is closed
+    // unreadable file fails, and so does (with a message) a text the model cannot
+    // represent: malformed XML, no root element or more than one top-level
+    // element, text outside the root, anything after an end tag outside every
+    // element, a NUL byte (see XmlDocumentCheck). A document that is still open is closed
     // (and saved) first.
     bool open(const std::string& path, int flag, int mode);
     // Ends the access. In modes 2 and 3 the document is written back; in mode 2

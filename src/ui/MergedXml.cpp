@@ -10,6 +10,7 @@
 
 #include "platform/KSFile.h"
 #include "platform/ModuleParameterParser.h"
+#include "platform/XmlDocumentCheck.h"
 
 using tinyxml2::XMLAttribute;
 using tinyxml2::XMLDocument;
@@ -202,11 +203,20 @@ bool MergedXml::mergeStyleXml(const std::string& p_strDetail) {
     // A style text that is not well-formed XML cannot be served; a broken
     // diversity file is not silently ignored either. An empty diversity file
     // just holds no changes.
-    m_pStyleBaseDoc->Parse(baseText.c_str());
-    if (m_pStyleBaseDoc->Error()) return false;
-    m_pStyleModifyDoc->Parse(modifyText.c_str());
-    if (m_pStyleModifyDoc->Error() && m_pStyleModifyDoc->ErrorID() != tinyxml2::XML_ERROR_EMPTY_DOCUMENT)
+    // Both are read whole and strictly: the style text has one root element,
+    // whose children are the tabs; the diversity text any number of blocks.
+    // Anything tinyxml2 would skip or keep beside them (text outside the
+    // elements, what follows a stray end tag) fails the merge, so that what
+    // is printed is exactly the merged document.
+    std::string why;
+    if (!XmlDocumentCheck::parse(*m_pStyleBaseDoc, baseText, XmlDocumentCheck::Elements::One, why)) {
+        std::printf("style file %s: %s\n", m_strStyleOriginalPath.c_str(), why.c_str());
         return false;
+    }
+    if (!XmlDocumentCheck::parse(*m_pStyleModifyDoc, modifyText, XmlDocumentCheck::Elements::Any, why)) {
+        std::printf("style diversity file %s: %s\n", m_strStyleModifyPath.c_str(), why.c_str());
+        return false;
+    }
 
     for (const XMLElement* pBlock = m_pStyleModifyDoc->FirstChildElement(); pBlock != nullptr;
          pBlock = pBlock->NextSiblingElement()) {

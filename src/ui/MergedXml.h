@@ -44,8 +44,9 @@ public:
 
     // Reads and parses both style files and applies the diversity file to the
     // style document. False when a path is unset, a file cannot be read whole,
-    // the style file is not well-formed XML or the diversity file is neither
-    // well-formed nor empty.
+    // the style file is not one well-formed XML element or the diversity file
+    // is neither well-formed XML elements nor empty (both read strictly, see
+    // XmlDocumentCheck: no text beside the elements, nothing after a stray end tag).
     bool mergeStyleXml(const std::string& p_strDetail);
     // Nothing to merge for languages; always true.
     bool mergeLangXml(const std::string& p_strDetail);

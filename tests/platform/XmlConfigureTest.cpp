@@ -211,8 +211,18 @@ TEST_F(XmlConfigureTest, MalformedXmlFailsWithAMessage) {
         "<a><b/>",
         "</a>",
         "\x01\x02\xff\xfe<<<>>>",
+        "<a/>\n></b>",  // found by fuzzing: text and a stray end tag after the root
+        "<a/>x",
+        "x<a/>",
+        "<a/><b/>",
+        "<a/></b><c/>",
+        "<a/></b>",
+        "<config><item name=\"x\" value=\"1\"/></config></config>",
     };
-    for (const char* text : bad) {
+    std::vector<std::string> texts(std::begin(bad), std::end(bad));
+    texts.push_back(std::string("<a/>\0<b/>", 9));
+    texts.push_back(std::string("<a>\0</a>", 8));
+    for (const std::string& text : texts) {
         m_root.write("/bad.xml", text);
         XmlConfigureTool tool;
         ::testing::internal::CaptureStdout();
@@ -685,4 +695,22 @@ TEST_F(XmlConfigureTest, ANulByteInAValueIsRefused) {
     XmlConfigureItem item;
     EXPECT_FALSE(item.setProperty("value", std::string("\0", 1)));
     EXPECT_FALSE(item.hasProperty("value"));
+}
+
+TEST_F(XmlConfigureTest, WhatReadsPrintsBackToTheSameDocument) {
+    const char* good[] = {
+        "<a/>",
+        "<?xml version=\"1.0\"?>\n<!-- c -->\n<!DOCTYPE a>\n<a x=\"&#13;&amp;\">\n<item value=\"1\"/></a>\n<!-- end -->\n",
+        "  <a><b c='&lt;'/><item/></a>  \n",
+    };
+    for (const char* text : good) {
+        m_root.write("/good.xml", text);
+        XmlConfigureTool tool;
+        ASSERT_TRUE(tool.open("/good.xml", 1, XmlConfigureTool::ModeRead)) << text;
+        const std::string printed = tool.toString();
+        m_root.write("/again.xml", printed);
+        XmlConfigureTool again;
+        ASSERT_TRUE(again.open("/again.xml", 1, XmlConfigureTool::ModeRead)) << printed;
+        EXPECT_EQ(again.toString(), printed) << text;
+    }
 }

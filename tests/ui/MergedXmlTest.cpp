@@ -398,3 +398,31 @@ TEST_F(MergedXmlTest, FileThatShrinksBeforeTheReadFails) {
     KSFile::setBeforeReadHook(nullptr);
     EXPECT_FALSE(ok);
 }
+
+// Texts tinyxml2 reads without an error although it skips or keeps something
+// beside the elements: each fails the merge, and the output is left alone.
+TEST_F(MergedXmlTest, StyleOrDiversityWithStrayTextOrEndTagsFails) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"<Style/>", "></b>"},                     // found by fuzzing: text and a stray end tag
+        {"<Style/>", "<M><Delete/></M>x"},         // text after a block
+        {"<Style/>", "<M/></b><N><Delete><T id=\"1\"/></Delete></N>"},  // a block after a stray end tag
+        {"></b>", ""},                              // a style without a root element
+        {"<Style/>\n></b>", ""},                   // text after the root
+        {"<Style/><Style/>", ""},                  // two roots
+        {"<Style><Tab id=\"1\"/></Style></b><Tab id=\"2\"/>", ""},
+    };
+    for (const auto& c : cases) {
+        writeFiles(c.first, c.second);
+        std::string text = "before";
+        testing::internal::CaptureStdout();
+        EXPECT_FALSE(merged.getStyleMergedString("x=1", text)) << c.first << " | " << c.second;
+        EXPECT_NE(testing::internal::GetCapturedStdout().find("mergeStyleXml failed"), std::string::npos);
+        EXPECT_EQ(text, "before");
+    }
+    // Blanks, comments and the declarations around the elements are fine.
+    writeFiles("<?xml version=\"1.0\"?>\n<!-- tabs -->\n<Style><Tab id=\"1\"/></Style>\n\n",
+               "\n<!-- blocks -->\n<M><Delete><T id=\"1\"/></Delete></M>\n<N/>\n");
+    std::string text;
+    ASSERT_TRUE(merged.getStyleMergedString("x=1", text));
+    EXPECT_EQ(tabKeys(text), std::vector<int>{});
+}
