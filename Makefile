@@ -1,6 +1,6 @@
 # Front door for the usual commands; see README.md.
 PRESET ?= dev
-.PHONY: setup build test demo asan tsan release bench clean setup-arm test-arm test-armhf test-aarch64
+.PHONY: setup build test demo asan tsan release bench bench-count clean setup-arm test-arm test-armhf test-aarch64
 
 setup:
 	@scripts/setup
@@ -29,6 +29,14 @@ bench: setup
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release
 	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
+
+# Instructions, allocations and file-system calls of the parameter path under callgrind,
+# against their budgets (exit status 1 when one is missed).
+bench-count:
+	@scripts/setup --valgrind
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release --target param_path_count
+	@build/release/bench/param_path_count
 
 # ARM cross builds (MinSizeRel), their whole test suite run under qemu-user.
 setup-arm:

@@ -5,11 +5,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+std::atomic<FsUtil::CallObserver> FsUtil::s_observer{nullptr};
+
+void FsUtil::setCallObserver(CallObserver observer) { s_observer.store(observer); }
+
 bool FsUtil::makeDirs(const std::string& dir) {
     if (dir.empty()) return false;
     if (isDirectory(dir)) return true;
     std::string parent = dirName(dir);
     if (parent != dir && !parent.empty() && !isDirectory(parent) && !makeDirs(parent)) return false;
+    noteCall(CallMakeDir, dir);
     if (::mkdir(dir.c_str(), 0755) == 0) return true;
     return errno == EEXIST && isDirectory(dir);
 }
@@ -28,10 +33,12 @@ std::string FsUtil::baseName(const std::string& path) {
 
 bool FsUtil::isDirectory(const std::string& path) {
     struct stat st {};
+    noteCall(CallStat, path);
     return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
 void FsUtil::syncDir(const std::string& dir) {
+    noteCall(CallSync, dir);
     int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return;
     ::fsync(fd);

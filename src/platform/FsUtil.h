@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <string>
 
 // Small file-system helpers of the platform layer. Paths given here are
@@ -12,4 +13,18 @@ public:
     static bool isDirectory(const std::string& path);
     // Flushes a directory entry change (rename, create) to disk.
     static void syncDir(const std::string& dir);
+
+    // The file-system calls the platform's file layer makes, reported one by one
+    // to an observer when one is set (the counting benchmark tallies them per file).
+    enum Call { CallOpen, CallRead, CallStat, CallCreate, CallWrite, CallSync, CallRename, CallRemove,
+                CallMakeDir, CallListDir };
+    using CallObserver = void (*)(Call call, const std::string& path);
+    // nullptr removes the observer.
+    static void setCallObserver(CallObserver observer);
+    static void noteCall(Call call, const std::string& path) {
+        if (CallObserver o = s_observer.load(std::memory_order_relaxed)) o(call, path);
+    }
+
+private:
+    static std::atomic<CallObserver> s_observer;
 };

@@ -28,6 +28,7 @@ void removeStaleTemps(const std::string& target) {
     const time_t now = ::time(nullptr);
     std::string dir = FsUtil::dirName(target);
     std::string prefix = FsUtil::baseName(target) + kTempMarker;
+    FsUtil::noteCall(FsUtil::CallListDir, dir);
     DIR* d = ::opendir(dir.c_str());
     if (d == nullptr) return;
     std::vector<std::string> stale;
@@ -35,15 +36,20 @@ void removeStaleTemps(const std::string& target) {
         if (std::string(e->d_name).compare(0, prefix.size(), prefix) != 0) continue;
         std::string full = dir + "/" + e->d_name;
         struct stat st {};
+        FsUtil::noteCall(FsUtil::CallStat, full);
         if (::stat(full.c_str(), &st) == 0 && now - st.st_mtime > 60) stale.push_back(full);
     }
     ::closedir(d);
-    for (const std::string& s : stale) ::unlink(s.c_str());
+    for (const std::string& s : stale) {
+        FsUtil::noteCall(FsUtil::CallRemove, s);
+        ::unlink(s.c_str());
+    }
 }
 
-bool readFd(int fd, std::string& out) {
+bool readFd(int fd, const std::string& path, std::string& out) {
     char buf[4096];
     for (;;) {
+        FsUtil::noteCall(FsUtil::CallRead, path);
         ssize_t n = ::read(fd, buf, sizeof(buf));
         if (n < 0) {
             if (errno == EINTR) continue;
@@ -57,19 +63,22 @@ bool readFd(int fd, std::string& out) {
 // True when the file at path holds exactly `data`.
 bool sameContent(const std::string& path, const std::string& data) {
     struct stat st {};
+    FsUtil::noteCall(FsUtil::CallStat, path);
     if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
     if (static_cast<unsigned long long>(st.st_size) != data.size()) return false;
+    FsUtil::noteCall(FsUtil::CallOpen, path);
     int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
     std::string cur;
     cur.reserve(data.size());
-    bool ok = readFd(fd, cur);
+    bool ok = readFd(fd, path, cur);
     ::close(fd);
     return ok && cur == data;
 }
 
-bool writeFd(int fd, const char* p, size_t n) {
+bool writeFd(int fd, const std::string& path, const char* p, size_t n) {
     while (n > 0) {
+        FsUtil::noteCall(FsUtil::CallWrite, path);
         ssize_t w = ::write(fd, p, n);
         if (w < 0) {
             if (errno == EINTR) continue;
@@ -91,9 +100,11 @@ bool KSFile::open(const std::string& path, int mode) {
     close();
     m_strPath = PlatformRoot::resolve(path);
     if (mode == ModeRead) {
+        FsUtil::noteCall(FsUtil::CallOpen, m_strPath);
         m_nFd = ::open(m_strPath.c_str(), O_RDONLY | O_CLOEXEC);
         if (m_nFd < 0) return false;
         struct stat st {};
+        FsUtil::noteCall(FsUtil::CallStat, m_strPath);
         if (::fstat(m_nFd, &st) != 0 || S_ISDIR(st.st_mode)) {
             ::close(m_nFd);
             m_nFd = -1;
@@ -105,7 +116,9 @@ bool KSFile::open(const std::string& path, int mode) {
     if (mode != ModeWrite) return false;
     if (FsUtil::isDirectory(m_strPath)) return false;
     std::string dir = FsUtil::dirName(m_strPath);
-    if (!FsUtil::makeDirs(dir) || ::access(dir.c_str(), W_OK) != 0) return false;
+    if (!FsUtil::makeDirs(dir)) return false;
+    FsUtil::noteCall(FsUtil::CallStat, dir);
+    if (::access(dir.c_str(), W_OK) != 0) return false;
     // The bytes are kept here; the temporary file is made on close, and only
     // when they differ from the file's content, so an unchanged replacement
     // touches nothing on the flash.
@@ -121,6 +134,7 @@ long long KSFile::read(void* buffer, long long length) {
     char* p = static_cast<char*>(buffer);
     long long total = 0;
     while (total < length) {
+        FsUtil::noteCall(FsUtil::CallRead, m_strPath);
         ssize_t n = ::read(m_nFd, p + total, static_cast<size_t>(length - total));
         if (n < 0) {
             if (errno == EINTR) continue;
@@ -142,6 +156,7 @@ long long KSFile::getLength() {
     if (m_bWriting) return static_cast<long long>(m_strData.size());
     if (m_nFd < 0) return -1;
     struct stat st {};
+    FsUtil::noteCall(FsUtil::CallStat, m_strPath);
     if (::fstat(m_nFd, &st) != 0) return -1;
     return static_cast<long long>(st.st_size);
 }
@@ -165,12 +180,16 @@ bool KSFile::commit() {
     std::string tmpl = m_strPath + kTempMarker + "XXXXXX";
     std::vector<char> name(tmpl.begin(), tmpl.end());
     name.push_back('\0');
+    FsUtil::noteCall(FsUtil::CallCreate, m_strPath);
     int fd = ::mkstemp(name.data());
     if (fd < 0) return false;
     ::fchmod(fd, 0644);
-    bool ok = writeFd(fd, m_strData.data(), m_strData.size()) && ::fsync(fd) == 0;
+    bool ok = writeFd(fd, m_strPath, m_strData.data(), m_strData.size());
+    FsUtil::noteCall(FsUtil::CallSync, m_strPath);
+    ok = ok && ::fsync(fd) == 0;
     ::close(fd);
     if (ok && g_crashBeforeRename.load()) return false;  // the temporary file stays, as a power cut leaves it
+    FsUtil::noteCall(FsUtil::CallRename, m_strPath);
     if (!ok || ::rename(name.data(), m_strPath.c_str()) != 0) {
         ::unlink(name.data());
         return false;
@@ -190,7 +209,9 @@ void KSFile::discard() {
 
 bool KSFile::isExist(const std::string& path) {
     struct stat st {};
-    return ::stat(PlatformRoot::resolve(path).c_str(), &st) == 0;
+    const std::string resolved = PlatformRoot::resolve(path);
+    FsUtil::noteCall(FsUtil::CallStat, resolved);
+    return ::stat(resolved.c_str(), &st) == 0;
 }
 
 bool KSFile::readAll(const std::string& path, std::string& out) {
