@@ -11,6 +11,7 @@
 
 #include <vector>
 
+#include "platform/FileChangeObserver.h"
 #include "platform/FsUtil.h"
 #include "platform/PlatformRoot.h"
 
@@ -195,6 +196,7 @@ bool KSFile::commit() {
         return false;
     }
     FsUtil::syncDir(FsUtil::dirName(m_strPath));
+    FileChangeObserver::notify(m_strPath);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/FileChangeObserver.h"
 #include "platform/FsUtil.h"
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
@@ -24,9 +25,9 @@ void KSLogger::rotate() {
     for (unsigned int i = m_nCount - 1; i >= 1; --i) {
         std::string to = m_strPath + "." + std::to_string(i);
         std::string from = i == 1 ? m_strPath : m_strPath + "." + std::to_string(i - 1);
-        ::rename(from.c_str(), to.c_str());
+        if (::rename(from.c_str(), to.c_str()) == 0) FileChangeObserver::notify(to);
     }
-    if (m_nCount == 1) ::unlink(m_strPath.c_str());
+    if (m_nCount == 1 && ::unlink(m_strPath.c_str()) == 0) FileChangeObserver::notify(m_strPath);
 }
 
 bool KSLogger::writeLog(const char* tag, const char* text) {
@@ -53,5 +54,6 @@ bool KSLogger::writeLog(const char* tag, const char* text) {
     if (fd < 0) return false;
     bool ok = ::write(fd, line.data(), line.size()) == static_cast<ssize_t>(line.size());
     ::close(fd);
+    FileChangeObserver::notify(m_strPath);
     return ok;
 }

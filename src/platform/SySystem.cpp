@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/FileChangeObserver.h"
 #include "platform/FsUtil.h"
 #include "platform/KSFile.h"
 #include "platform/PlatformRoot.h"
@@ -55,12 +56,15 @@ int runBuiltin(const std::vector<std::string>& w) {
         std::string to = targetPath(w[1], w[2]);
         if (::rename(from.c_str(), to.c_str()) != 0) return 1;
         FsUtil::syncDir(FsUtil::dirName(to));
+        FileChangeObserver::notify(from);
+        FileChangeObserver::notify(to);
         return 0;
     }
     // rm [-f] A
     bool force = w.size() == 3;
     std::string p = PlatformRoot::resolve(w.back());
     if (::unlink(p.c_str()) != 0) return (force && errno == ENOENT) ? 0 : 1;
+    FileChangeObserver::notify(p);
     return 0;
 }
 
