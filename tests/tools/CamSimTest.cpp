@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/CamsimChild.h"
+
 #include <cerrno>
 #include <chrono>
 #include <climits>
@@ -22,91 +24,12 @@
 
 namespace {
 
-struct CamsimRun {
-    bool started = false;
-    int exitCode = -1;
-    std::string output;
-    double seconds = 0;
-};
+using CamsimRun = CamsimChild::Result;
 
-std::string camsimPath() {
-    char self[PATH_MAX];
-    ssize_t n = ::readlink("/proc/self/exe", self, sizeof(self) - 1);
-    if (n <= 0) return std::string();
-    self[n] = '\0';
-    std::string dir(self);
-    dir = dir.substr(0, dir.rfind('/'));  // .../tests
-    return dir.substr(0, dir.rfind('/')) + "/tools/camsim";
-}
+std::string camsimPath() { return CamsimChild::path(); }
 
-// Runs camsim with the arguments; standard output and error together.
 CamsimRun runCamsim(const std::vector<std::string>& args, int timeoutSeconds = 60) {
-    CamsimRun run;
-    const std::string path = camsimPath();
-    int out[2];
-    int status[2];  // tells the parent whether exec worked
-    if (::pipe(out) != 0 || ::pipe(status) != 0) return run;
-    ::fcntl(status[1], F_SETFD, FD_CLOEXEC);
-    const auto begin = std::chrono::steady_clock::now();
-    pid_t pid = ::fork();
-    if (pid == 0) {
-        ::dup2(out[1], STDOUT_FILENO);
-        ::dup2(out[1], STDERR_FILENO);
-        int devnull = ::open("/dev/null", O_RDONLY);
-        if (devnull >= 0) ::dup2(devnull, STDIN_FILENO);
-        ::close(out[0]);
-        ::close(status[0]);
-        std::vector<std::string> words;
-#ifdef SENSORCTL_TEST_EMULATOR
-        // A cross build: camsim is a target program too and runs under the emulator.
-        {
-            std::string emulator = SENSORCTL_TEST_EMULATOR;
-            size_t start = 0;
-            for (size_t bar = emulator.find('|'); bar != std::string::npos; bar = emulator.find('|', start)) {
-                words.push_back(emulator.substr(start, bar - start));
-                start = bar + 1;
-            }
-            words.push_back(emulator.substr(start));
-        }
-#endif
-        words.push_back(path);
-        words.insert(words.end(), args.begin(), args.end());
-        std::vector<char*> argv;
-        for (const std::string& w : words) argv.push_back(const_cast<char*>(w.c_str()));
-        argv.push_back(nullptr);
-        ::execv(words[0].c_str(), argv.data());
-        int err = errno;
-        ssize_t ignored = ::write(status[1], &err, sizeof(err));
-        (void)ignored;
-        ::_exit(127);
-    }
-    ::close(out[1]);
-    ::close(status[1]);
-    int execErr = 0;
-    run.started = pid > 0 && ::read(status[0], &execErr, sizeof(execErr)) == 0;
-    ::close(status[0]);
-    char buffer[4096];
-    const auto deadline = begin + std::chrono::seconds(timeoutSeconds);
-    for (;;) {
-        int left = static_cast<int>(
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count());
-        if (left <= 0) {
-            ::kill(pid, SIGKILL);
-            run.output += "\n[killed: timeout]\n";
-            break;
-        }
-        struct pollfd p = {out[0], POLLIN, 0};
-        if (::poll(&p, 1, left) <= 0) continue;
-        ssize_t n = ::read(out[0], buffer, sizeof(buffer));
-        if (n <= 0) break;
-        run.output.append(buffer, static_cast<size_t>(n));
-    }
-    ::close(out[0]);
-    int st = 0;
-    if (pid > 0) ::waitpid(pid, &st, 0);
-    run.exitCode = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    return run;
+    return CamsimChild::run(args, timeoutSeconds);
 }
 
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }

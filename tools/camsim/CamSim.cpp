@@ -6,6 +6,8 @@
 #include <map>
 #include <sstream>
 
+#include <unistd.h>
+
 #include "camsim/CommandLine.h"
 #include "camsim/ParamNames.h"
 #include "storage/SensorFile.h"
@@ -241,14 +243,45 @@ void CamSim::tickerLoop() {
 void CamSim::advance(int64_t ms, bool printEvents) {
     std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
     m_pMonitor->setQuiet(!printEvents);
+    // A run that takes longer than a second of real time shows its progress,
+    // on a terminal only: a script's output stays the same wherever it goes.
+    const bool terminal = printEvents && ::isatty(::fileno(out())) == 1;
+    const auto began = std::chrono::steady_clock::now();
+    auto drawn = began;
     for (int64_t left = ms; left > 0;) {
         int64_t step = left < 1000 ? left : 1000;
         PlatformClock::waitForSleepers(m_nSleepers, 2000);
         PlatformClock::advanceMs(step);
         left -= step;
         m_pMonitor->poll();
+        if (terminal && (ms - left) % 60000 == 0) {
+            const auto now = std::chrono::steady_clock::now();
+            if (now - began > std::chrono::seconds(1) && now - drawn > std::chrono::milliseconds(200)) {
+                drawProgress(ms - left, ms);
+                drawn = now;
+            }
+        }
     }
+    clearProgress();
     m_pMonitor->setQuiet(false);
+}
+
+void CamSim::drawProgress(int64_t doneMs, int64_t totalMs) {
+    const long long done = doneMs / 1000, total = totalMs / 1000;
+    std::fprintf(out(), "\r\033[K  run: %lldh%02lldm%02llds of %lldh%02lldm%02llds (%lld %%), device time %s", done / 3600,
+                 done / 60 % 60, done % 60, total / 3600, total / 60 % 60, total % 60, done * 100 / total,
+                 deviceTimeText().c_str());
+    std::fflush(out());
+    m_bProgressShown = true;
+    m_pMonitor->setLineToClear(true);
+}
+
+void CamSim::clearProgress() {
+    if (!m_bProgressShown) return;
+    std::fprintf(out(), "\r\033[K");
+    std::fflush(out());
+    m_bProgressShown = false;
+    m_pMonitor->setLineToClear(false);
 }
 
 std::string CamSim::refusalReason(const std::vector<std::string>& lines) const {

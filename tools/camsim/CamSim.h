@@ -32,6 +32,7 @@ public:
         bool verbose = false;
         bool capture = true; // take over standard output to sort the library's lines
         bool ticker = false; // let the virtual clock follow real time (interactive use)
+        FILE* output = nullptr;  // where camsim's own lines go; nullptr: standard output
     };
 
     CamSim();
@@ -54,7 +55,7 @@ public:
 
     // The scripted compressed day of "camsim demo".
     static const char* const kDemoScript[];
-    FILE* out() const { return m_capture.out(); }
+    FILE* out() const { return m_options.output != nullptr ? m_options.output : m_capture.out(); }
     const EventMonitor::Totals& totals() const { return m_pMonitor->totals(); }
     const SimFrontEnd& frontEnd() const { return *m_pFrontEnd; }
 
@@ -90,6 +91,9 @@ private:
     void configureSchemes();
     std::string deviceTimeText() const;
     void tickerLoop();
+    // The progress line of a long run (on a terminal only).
+    void drawProgress(int64_t doneMs, int64_t totalMs);
+    void clearProgress();
 
     Options m_options;
     ConsoleCapture m_capture;
@@ -103,6 +107,7 @@ private:
     bool m_bStarted = false;
     std::string m_strRoot;
     std::recursive_mutex m_clockMutex;  // held while the clock moves and while a command runs
+    bool m_bProgressShown = false;
     std::thread m_ticker;
     std::atomic<bool> m_bTickerStop{false};
 };

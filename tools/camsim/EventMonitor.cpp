@@ -4,8 +4,9 @@
 
 #include <algorithm>
 #include <ctime>
+#include <mutex>
 
-#include "camsim/RootSetup.h"
+#include "platform/FileChangeObserver.h"
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
 #include "storage/ParamScheme.h"
@@ -19,7 +20,26 @@ std::string hhmm(int t) {
 }
 }  // namespace
 
-EventMonitor::EventMonitor(SimFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
+namespace {
+// Camera paths of the files changed since the last poll, in order, each once.
+std::mutex g_changedMutex;
+std::vector<std::string> g_changed;
+}  // namespace
+
+EventMonitor::EventMonitor(SimFrontEnd& frontEnd) : m_frontEnd(frontEnd) { FileChangeObserver::set(fileChanged); }
+
+EventMonitor::~EventMonitor() { FileChangeObserver::set(nullptr); }
+
+void EventMonitor::fileChanged(const std::string& resolvedPath) {
+    std::string root = PlatformRoot::get();
+    while (!root.empty() && root.back() == '/') root.pop_back();
+    if (resolvedPath.compare(0, root.size(), root) != 0 || resolvedPath.size() <= root.size() ||
+        resolvedPath[root.size()] != '/')
+        return;
+    std::string cameraPath = resolvedPath.substr(root.size());
+    std::lock_guard<std::mutex> lock(g_changedMutex);
+    if (std::find(g_changed.begin(), g_changed.end(), cameraPath) == g_changed.end()) g_changed.push_back(cameraPath);
+}
 
 std::string EventMonitor::stamp() const {
     struct tm now {};
@@ -31,23 +51,17 @@ std::string EventMonitor::stamp() const {
 
 void EventMonitor::print(const std::string& kind, const std::string& text) {
     if (m_bQuiet) return;
-    std::fprintf(m_pOut, "%s %-8s %s\n", stamp().c_str(), kind.c_str(), text.c_str());
-}
-
-std::map<std::string, EventMonitor::FileStamp> EventMonitor::snapshotFiles() const {
-    std::map<std::string, FileStamp> out;
-    for (const std::string& cameraPath : listRootFiles()) {
-        struct stat st {};
-        if (::stat(PlatformRoot::resolve(cameraPath).c_str(), &st) != 0) continue;
-        out[cameraPath] = {static_cast<long long>(st.st_size),
-                           static_cast<long long>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec};
+    if (m_bLineToClear) {
+        std::fputs("\r\033[K", m_pOut);
+        m_bLineToClear = false;
     }
-    return out;
+    std::fprintf(m_pOut, "%s %-8s %s\n", stamp().c_str(), kind.c_str(), text.c_str());
 }
 
 void EventMonitor::prime() {
     m_frontEnd.forget();
-    m_files = snapshotFiles();
+    std::lock_guard<std::mutex> lock(g_changedMutex);
+    g_changed.clear();
     if (!m_controller.isNull()) {
         m_nScheme = m_controller->getCurrentParamSchemeIndex();
         m_nDNState = m_controller->getCurrentDNState();
@@ -86,17 +100,20 @@ void EventMonitor::poll() {
         }
     }
 
-    std::map<std::string, FileStamp> files = snapshotFiles();
-    for (const auto& f : files) {
-        auto old = m_files.find(f.first);
-        if (old == m_files.end() || old->second != f.second) {
-            ++m_totals.filesWritten;
-            print("file", f.first + " written (" + std::to_string(f.second.size) + " bytes)");
-        }
+    std::vector<std::string> changed;
+    {
+        std::lock_guard<std::mutex> lock(g_changedMutex);
+        changed.swap(g_changed);
     }
-    for (const auto& f : m_files)
-        if (!files.count(f.first)) print("file", f.first + " removed");
-    m_files.swap(files);
+    for (const std::string& path : changed) {
+        struct stat st {};
+        if (::stat(PlatformRoot::resolve(path).c_str(), &st) != 0) {
+            print("file", path + " removed");
+            continue;
+        }
+        ++m_totals.filesWritten;
+        print("file", path + " written (" + std::to_string(static_cast<long long>(st.st_size)) + " bytes)");
+    }
 }
 
 }  // namespace camsim

@@ -26,6 +26,9 @@ public:
     };
 
     explicit EventMonitor(SimFrontEnd& frontEnd);
+    ~EventMonitor();
+    EventMonitor(const EventMonitor&) = delete;
+    EventMonitor& operator=(const EventMonitor&) = delete;
 
     void setOutput(FILE* out) { m_pOut = out; }
     void setController(const SafePointer<ISensorController>& controller) { m_controller = controller; }
@@ -34,16 +37,15 @@ public:
     // Prints what happened since the previous poll (nothing when quiet).
     void poll();
     void setQuiet(bool quiet) { m_bQuiet = quiet; }
+    // A progress line without a line end is on the terminal: the next line
+    // printed clears it first.
+    void setLineToClear(bool pending) { m_bLineToClear = pending; }
 
     const Totals& totals() const { return m_totals; }
 
 private:
-    struct FileStamp {
-        long long size;
-        long long mtimeNs;
-        bool operator!=(const FileStamp& o) const { return size != o.size || mtimeNs != o.mtimeNs; }
-    };
-    std::map<std::string, FileStamp> snapshotFiles() const;
+    // Registered with the platform's file layer: collects the files changed.
+    static void fileChanged(const std::string& resolvedPath);
     void print(const std::string& kind, const std::string& text);
     std::string stamp() const;
 
@@ -51,9 +53,9 @@ private:
     FILE* m_pOut = stdout;
     SafePointer<ISensorController> m_controller;
     bool m_bQuiet = false;
+    bool m_bLineToClear = false;
     int m_nScheme = -2;
     int m_nDNState = -1;
-    std::map<std::string, FileStamp> m_files;
     Totals m_totals;
 };
 

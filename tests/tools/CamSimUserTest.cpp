@@ -1,0 +1,82 @@
+// The simulator camera as a new user meets it: what it keeps, what it says,
+// how it behaves in a long run. Each case drives camsim as its own process.
+#include <ftw.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/CamsimChild.h"
+
+namespace {
+
+int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
+
+bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+[[maybe_unused]] std::string readFile(const std::string& path) {
+    std::ifstream f(path, std::ios::binary);
+    std::stringstream ss;
+    ss << f.rdbuf();
+    return ss.str();
+}
+
+class CamSimUserTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        struct stat st {};
+        if (::stat(CamsimChild::path().c_str(), &st) != 0) GTEST_FAIL() << "camsim not built";
+        char tmpl[] = "/tmp/camsim-user-XXXXXX";
+        ASSERT_NE(nullptr, ::mkdtemp(tmpl));
+        dir = tmpl;
+        root = dir + "/camroot";
+    }
+    void TearDown() override { ::nftw(dir.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS); }
+
+    // camsim on the test's root at 10:00 with commands given by -c.
+    CamsimChild::Result commands(const std::string& text, const std::vector<std::string>& more = {}) {
+        std::vector<std::string> args = {"--root", root, "--time", "10:00"};
+        args.insert(args.end(), more.begin(), more.end());
+        args.push_back("-c");
+        args.push_back(text);
+        return CamsimChild::run(args);
+    }
+    // Brings up a fresh root once, so that a test starts on an existing one.
+    void prepareRoot() {
+        CamsimChild::Result r = commands("status");
+        ASSERT_EQ(0, r.exitCode) << r.output;
+    }
+    void writeRootFile(const std::string& cameraPath, const std::string& content) {
+        std::ofstream(root + cameraPath, std::ios::binary | std::ios::trunc) << content;
+    }
+
+    std::string dir;
+    std::string root;
+};
+
+// Files written are learnt from the platform's file layer: a file that the
+// library did not write is not reported, however long the camera runs.
+TEST_F(CamSimUserTest, TimelineReportsTheLibrarysWritesOnlyWithoutScanningTheRoot) {
+    prepareRoot();
+    CamsimChild child;
+    ASSERT_TRUE(child.start({"--root", root, "--time", "10:00"}));
+    child.send("echo ready\n");
+    ASSERT_TRUE(child.waitFor("ready\n")) << child.output();
+    writeRootFile("/hd1/stranger.txt", "not the library's");
+    child.send("run 3s\nset brightness 61\nflush\nrun 2s\n");
+    child.closeInput();
+    CamsimChild::Result r = child.finish();
+    EXPECT_EQ(0, r.exitCode) << r.output;
+    EXPECT_FALSE(contains(r.output, "stranger.txt")) << r.output;
+    EXPECT_TRUE(contains(r.output, "file     /mnt/mtd/code/config_file/sensor0.cfg written")) << r.output;
+    // Output that is not a terminal gets no progress line.
+    EXPECT_FALSE(contains(r.output, "\r")) << r.output;
+}
+
+}  // namespace
