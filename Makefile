@@ -1,6 +1,7 @@
 # Front door for the usual commands; see README.md.
 PRESET ?= dev
-.PHONY: setup build test demo asan tsan release bench bench-count clean setup-arm test-arm test-armhf test-aarch64
+.PHONY: setup build test demo asan tsan release bench bench-count clean setup-arm test-arm test-armhf test-aarch64 \
+	setup-fuzz fuzz-build fuzz fuzz-merge
 
 setup:
 	@scripts/setup
@@ -49,6 +50,39 @@ test-armhf test-aarch64: test-%: setup-arm
 	@cmake --build --preset $*
 	@ctest --preset $*
 	@ctest --preset $* -R '^sensorctl_size_budget$$' -V | grep -o 'stripped libsensorctl.so.*'
+
+# Fuzzing (fuzz/README.md): every libFuzzer target for FUZZ_SECONDS each, one after the
+# other. New inputs collect in build/fuzz/corpus/<target>, findings in build/fuzz/findings;
+# `make fuzz-merge` folds the new inputs into the committed corpora, minimised.
+FUZZ_SECONDS ?= 60
+FUZZ_TARGETS = $(basename $(notdir $(wildcard fuzz/targets/*.cpp)))
+
+setup-fuzz:
+	@scripts/setup --fuzz
+
+fuzz-build: setup-fuzz
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz
+
+fuzz: fuzz-build
+	@mkdir -p build/fuzz/findings
+	@for t in $(FUZZ_TARGETS); do \
+	  mkdir -p build/fuzz/corpus/$$t; \
+	  echo "fuzz: $$t for $(FUZZ_SECONDS) s"; \
+	  build/fuzz/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -close_fd_mask=1 -print_final_stats=1 \
+	    -artifact_prefix=build/fuzz/findings/$$t- build/fuzz/corpus/$$t fuzz/corpus/$$t 2>build/fuzz/$$t.log \
+	    || { tail -40 build/fuzz/$$t.log; exit 1; }; \
+	  grep -E '^stat::number_of_executed_units' build/fuzz/$$t.log | sed "s/^/  $$t /"; \
+	done
+
+fuzz-merge: fuzz-build
+	@for t in $(FUZZ_TARGETS); do \
+	  rm -rf build/fuzz/merged/$$t && mkdir -p build/fuzz/merged/$$t build/fuzz/corpus/$$t; \
+	  build/fuzz/fuzz/fuzz_$$t -merge=1 -close_fd_mask=1 build/fuzz/merged/$$t fuzz/corpus/$$t build/fuzz/corpus/$$t \
+	    2>build/fuzz/$$t-merge.log || { tail -20 build/fuzz/$$t-merge.log; exit 1; }; \
+	  rm -f fuzz/corpus/$$t/* && cp build/fuzz/merged/$$t/* fuzz/corpus/$$t/; \
+	  echo "fuzz-merge: $$t: $$(ls fuzz/corpus/$$t | wc -l) inputs"; \
+	done
 
 clean:
 	rm -rf build
