@@ -128,6 +128,19 @@ public:
     int setSensorConfigVersion2(int version);
     int stopPTZ();
 
+    // ---- serial transactions (shared by every serial module controller) ----
+    // 1 when `expected` occurs anywhere in `received`, else 0 (also for an empty read).
+    static int checkUARTRecv(const unsigned char* expected, int expectedLength, const unsigned char* received,
+                             int receivedLength);
+    // Writes the checksum of a framed packet into byte length-2: the sum modulo 256 of
+    // bytes 1 to length-3 (start and end byte outside); 0 for a packet shorter than 4 bytes.
+    static void computeSum(unsigned char* packet, int length);
+    // Drains the serial port: reads chunks of 20 bytes (time-out 1) until a read returns less.
+    void clearUartBuffer();
+    // Prints the bytes as "0x%x" separated by "," to the error output.
+    void recodeArray(const unsigned char* bytes, int length);
+    int getUARTPort() const { return m_nUARTPort; }
+
     // ---- messages ----
     void Debug_Printf(const char* fmt, ...) KS_PRINTF_FORMAT(2, 3);
     void InitPrintf(const char* fmt, ...) KS_PRINTF_FORMAT(2, 3);
@@ -180,8 +193,6 @@ public:
     int isTimeToSwitch(int status);
     void reInitDelayStartTime();
     void DNChangeThreadBody();
-    // Checksum of the lamp-board and serial packets: sum modulo 256.
-    static unsigned char computeSum(const unsigned char* data, int length);
 
     // ---- ISP tuning ----
     bool ISPParamThreadInit();

@@ -251,12 +251,6 @@ int ISensorController::SwitchInfraredIrCutToNight() {
     return 1;
 }
 
-unsigned char ISensorController::computeSum(const unsigned char* data, int length) {
-    unsigned int sum = 0;
-    for (int i = 0; i < length; ++i) sum += data[i];
-    return static_cast<unsigned char>(sum & 0xFF);
-}
-
 namespace {
 // Lamp-board packet: start, address, length, class, command, value, checksum, end.
 void buildLampPacket(unsigned char (&packet)[8], unsigned char command, int value) {
@@ -266,8 +260,8 @@ void buildLampPacket(unsigned char (&packet)[8], unsigned char command, int valu
     packet[3] = 0x02;
     packet[4] = command;
     packet[5] = static_cast<unsigned char>(value);
-    packet[6] = ISensorController::computeSum(packet + 1, 5);
     packet[7] = 0xFF;
+    ISensorController::computeSum(packet, 8);
 }
 }  // namespace
 

@@ -1,0 +1,22 @@
+#pragma once
+#include <string>
+
+class ModuleConfigure;
+
+// The serial line of a camera module as its module record gives it: the device
+// name under the detail key "RS485" and four numbers "%d,%d,%d,%d" under the
+// parameter key "RS485". What the four numbers mean is the caller's: the serial
+// module controllers read baud, data bits, stop bits, parity; the controller
+// without sensor UI reads baud, data bits, parity, stop bits.
+class SerialLineSettings {
+public:
+    // Reads both keys, printing the reason of a failure ("parse detail failed",
+    // "get RS232DeviceName from detail failed", "parse senseParameter failed",
+    // "get RS232Parameter from senseParameter failed", "parse RS485 param
+    // failed,nRet=%d") and the settings on success ("RS485(%s) param is
+    // (%d,%d,%d,%d)"). A failed scan reports how many numbers it found.
+    bool read(const ModuleConfigure& cfg);
+
+    std::string device;
+    int value[4] = {0, 0, 0, 0};
+};

@@ -1,0 +1,167 @@
+#include "drivers/serial/SerialSenseController.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "drivers/serial/SerialLineSettings.h"
+#include "platform/ModuleParameterParser.h"
+
+namespace {
+const unsigned char kViscaAck1[3] = {0x90, 0x41, 0xFF};
+const unsigned char kViscaAck2[3] = {0x90, 0x42, 0xFF};
+const unsigned char kViscaDone1[3] = {0x90, 0x51, 0xFF};
+const unsigned char kViscaDone2[3] = {0x90, 0x52, 0xFF};
+const int kAckLength = 3;
+
+bool isCompletion(const unsigned char* m, int n) {
+    return n == 3 && (std::memcmp(m, kViscaDone1, 3) == 0 || std::memcmp(m, kViscaDone2, 3) == 0);
+}
+}  // namespace
+
+SerialSenseController::SerialSenseController(int sensorType, ReplyForm form)
+    : ISensorController(sensorType), m_eForm(form) {
+    std::memset(m_szRecvBuf, 0, sizeof(m_szRecvBuf));
+    if (form == MessageForm)
+        setAckPatterns(kViscaAck1, kViscaAck2);
+    else
+        setAckPatterns(kViscaAck1, kViscaDone1);
+}
+
+void SerialSenseController::setAckPatterns(const unsigned char first[3], const unsigned char second[3]) {
+    std::memcpy(m_ack[0], first, 3);
+    std::memcpy(m_ack[1], second, 3);
+}
+
+bool SerialSenseController::openSerialPort(const ModuleConfigure& cfg) {
+    SerialLineSettings line;
+    // The device name and the line settings; "isInfrared" from the same detail text.
+    ModuleParameterParser objDetail;
+    if (objDetail.parse(cfg.getDetail())) {
+        std::string strInfrared;
+        if (objDetail.getValue("isInfrared", strInfrared))
+            m_nDNDetectSource = static_cast<int>(std::strtol(strInfrared.c_str(), nullptr, 10));
+        else
+            std::puts("get isInfrared from detail failed");
+    }
+    if (!line.read(cfg)) return false;
+    m_strDeviceName = line.device;
+    m_nBaudrate = line.value[0];
+    m_nDataBits = line.value[1];
+    m_nStopBits = line.value[2];
+    m_nParity = line.value[3];
+
+    m_nUARTPort = m_pUART->open(m_strDeviceName.c_str());
+    if (m_nUARTPort < 0) {
+        std::printf("open uart (%s) failed\n", m_strDeviceName.c_str());
+        return false;
+    }
+    if (!m_pUART->setParameter(m_nUARTPort, m_nBaudrate, m_nDataBits, m_nStopBits, m_nParity)) {
+        std::printf("m_pUART->setParameter(m_nUARTIndex,m_nBaudarate,m_nDataBits,m_nStopBits,m_nParity) failed\n");
+        return false;
+    }
+    KSMutexGuard guard(m_UARTMutex);
+    clearUartBuffer();
+    return true;
+}
+
+int SerialSenseController::readViscaMessage(unsigned char* buffer, int capacity, int timeout) {
+    unsigned char message[MaxMessageLength];
+    int length = 0;
+    int discarded = 0;
+    bool ended = false;
+    while (length < MaxMessageLength) {
+        char byte = 0;
+        if (m_pUART->read(m_nUARTPort, &byte, 1, timeout) < 1) break;
+        unsigned char b = static_cast<unsigned char>(byte);
+        if (length == 0 && b != 0x90) {
+            // Noise before a message; a line that only ever talks noise ends the read.
+            if (++discarded >= MaxMessageLength) break;
+            continue;
+        }
+        message[length++] = b;
+        if (b == 0xFF && length > 1) {
+            ended = true;
+            break;
+        }
+    }
+    if (length == 0 || length > capacity || (!ended && length < MaxMessageLength)) return -1;
+    std::memcpy(buffer, message, static_cast<size_t>(length));
+    return length;
+}
+
+int SerialSenseController::receiveMessage(unsigned char* buffer, int capacity, int timeout) {
+    int n = 0;
+    for (int skipped = 0; skipped <= MaxSkippedCompletions; ++skipped) {
+        n = readViscaMessage(buffer, capacity, timeout);
+        if (!isCompletion(buffer, n)) return n;
+    }
+    return -1;
+}
+
+int SerialSenseController::setParameterValue(const char* packet, int length) {
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(packet);
+    KSMutexGuard guard(m_UARTMutex);
+    for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
+        int nSent = m_pUART->write(m_nUARTPort, packet, length);
+        if (nSent < length) {
+            std::printf("===send(%d times) @setParameterValue failed,send(%d):\n", attempt, nSent);
+            recodeArray(bytes, length);
+            clearUartBuffer();
+            continue;
+        }
+        int nRecv = 0;
+        if (m_eForm == MessageForm) {
+            nRecv = receiveMessage(m_szRecvBuf, kAckLength, MessageAckTimeout);
+        } else {
+            nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), kAckLength, SearchTimeout);
+        }
+        if (nRecv != kAckLength) {
+            std::printf("===recv(%d times) @setParameterValue failed,send:\n", attempt);
+            recodeArray(bytes, length);
+            std::printf("===recv(%d):\n", nRecv);
+            recodeArray(m_szRecvBuf, nRecv);
+            clearUartBuffer();
+            continue;
+        }
+        if (checkUARTRecv(m_ack[0], 3, m_szRecvBuf, nRecv) || checkUARTRecv(m_ack[1], 3, m_szRecvBuf, nRecv))
+            return 1;
+        std::printf("===send:\n");
+        recodeArray(bytes, length);
+        std::printf("===setParameterValue(%d times) recv error,recv:0x%x,0x%x,0x%x\n", attempt, m_szRecvBuf[0],
+                    m_szRecvBuf[1], m_szRecvBuf[2]);
+        clearUartBuffer();
+    }
+    return 0;
+}
+
+int SerialSenseController::getParameterValue(const char* packet, int length, char* answer, int answerLength) {
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(packet);
+    if (answer == nullptr || answerLength < 1 || answerLength > MaxMessageLength) return 0;
+    KSMutexGuard guard(m_UARTMutex);
+    for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
+        int nSent = m_pUART->write(m_nUARTPort, packet, length);
+        if (nSent < length) {
+            std::printf("===send(%d times) @getParameterValue failed,send(%d):\n", attempt, nSent);
+            recodeArray(bytes, length);
+            clearUartBuffer();
+            continue;
+        }
+        int nRecv = 0;
+        if (m_eForm == MessageForm) {
+            nRecv = receiveMessage(m_szRecvBuf, answerLength, MessageInquiryTimeout);
+        } else {
+            nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), answerLength, SearchTimeout);
+        }
+        if (nRecv == answerLength) {
+            std::memcpy(answer, m_szRecvBuf, static_cast<size_t>(answerLength));
+            return 1;
+        }
+        std::printf("===recv(%d times) @getParameterValue failed,send:\n", attempt);
+        recodeArray(bytes, length);
+        std::printf("===recv(%d):\n", nRecv);
+        recodeArray(m_szRecvBuf, nRecv);
+        clearUartBuffer();
+    }
+    return 0;
+}

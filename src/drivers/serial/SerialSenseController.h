@@ -1,0 +1,69 @@
+#pragma once
+#include <string>
+
+#include "core/ISensorController.h"
+#include "platform/KSMutex.h"
+
+// The transaction layer shared by the controllers of camera modules on a serial
+// line: the port is opened and set up from the module record, every command is
+// written through the application's IUARTController and confirmed by the
+// module's reply, with three attempts and a drain of the port between them, all
+// under the transaction mutex.
+//
+// Two reply forms: the search form takes one read of 3 bytes and looks for one
+// of the module's two acknowledgement patterns in it; the message form reads
+// VISCA messages (0x90 ... 0xFF) byte by byte, skipping completion messages.
+class SerialSenseController : public ISensorController {
+public:
+    enum ReplyForm { SearchForm, MessageForm };
+    enum {
+        AttemptCount = 3,
+        MaxMessageLength = 100,  // the receive buffer and the longest message read
+        // Read time-outs, in units of IUARTController::TimeoutUnitMs.
+        MessageInquiryTimeout = 2,
+        MessageAckTimeout = 3,
+        SearchTimeout = 4,
+        // A line that keeps talking must not keep a transaction forever: at most
+        // this many completion messages are skipped before a reply counts as failed.
+        MaxSkippedCompletions = 16
+    };
+
+    SerialSenseController(int sensorType, ReplyForm form);
+
+    // Acknowledged command: 1 when the module acknowledged, 0 after three failed attempts.
+    int setParameterValue(const char* packet, int length) override;
+    // Inquiry: 1 and the answer copied out when exactly `answerLength` bytes came
+    // back, 0 after three failed attempts.
+    int getParameterValue(const char* packet, int length, char* answer, int answerLength) override;
+
+    // The VISCA message reader: one byte at a time with the given time-out, bytes
+    // before a 0x90 discarded, up to the first 0xFF or 100 bytes. The message
+    // length, or -1 for a message longer than `capacity`, an empty or an unended one.
+    int readViscaMessage(unsigned char* buffer, int capacity, int timeout);
+
+    // The search form's two 3-byte acknowledgement patterns, tried in order.
+    void setAckPatterns(const unsigned char first[3], const unsigned char second[3]);
+
+    const std::string& getDeviceName() const { return m_strDeviceName; }
+    int getConfiguredBaudrate() const { return m_nBaudrate; }
+
+protected:
+    // Opens the port from the module record: the device ("RS485" of the detail),
+    // "isInfrared", the line settings (baud, data bits, stop bits, parity), then
+    // the port's setParameter and a drain. False, with the reason printed, on failure.
+    bool openSerialPort(const ModuleConfigure& cfg);
+    // One reply of the message form: message reads, completions skipped.
+    int receiveMessage(unsigned char* buffer, int capacity, int timeout);
+
+    KSMutex m_UARTMutex;  // held for a whole transaction with its retries
+    unsigned char m_szRecvBuf[MaxMessageLength];
+    std::string m_strDeviceName;
+    int m_nBaudrate = 9600;
+    int m_nDataBits = 8;
+    int m_nStopBits = 1;
+    int m_nParity = 0;
+
+private:
+    ReplyForm m_eForm;
+    unsigned char m_ack[2][3];
+};
