@@ -6,7 +6,7 @@
 #include "drivers/serial/ViscaParameter.h"
 #include "platform/SafePointer.h"
 
-class CameraLensZMAAlgorithm;
+#include "platform/CameraLensZMAAlgorithm.h"
 
 // Controller of the Sony FCB-EV7310 zoom block camera on a serial line (VISCA,
 // camera address 1). Every command is an acknowledged transaction of the
