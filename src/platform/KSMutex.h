@@ -2,7 +2,9 @@
 #include <mutex>
 
 // The platform mutex (not recursive). Lock and Unlock take the caller's source
-// position for lock diagnostics.
+// position for lock diagnostics. On the thread that drives a virtual platform
+// clock, a Lock that has to wait moves that clock on (PlatformClock::
+// advanceToNextWait) so that a holder pausing on the clock gets to let go.
 class KSMutex {
 public:
     void Lock(const char* file = __builtin_FILE(), int line = __builtin_LINE());

@@ -194,6 +194,32 @@ void PlatformClock::advanceMs(int64_t ms) {
     }
 }
 
+bool PlatformClock::drivesVirtualClock() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return s.isVirtual && std::this_thread::get_id() == s.driver;
+}
+
+bool PlatformClock::advanceToNextWait() {
+    int64_t step = 0;
+    {
+        ClockState& s = state();
+        std::lock_guard<std::mutex> lock(s.mutex);
+        if (!s.isVirtual || std::this_thread::get_id() != s.driver) return false;
+        bool any = false;
+        int64_t next = 0;
+        for (Sleeper* sl : s.sleepers)
+            if (!sl->released && (!any || sl->deadline < next)) {
+                next = sl->deadline;
+                any = true;
+            }
+        if (!any) return false;
+        step = next > s.virtualNowMs ? next - s.virtualNowMs : 1;
+    }
+    advanceMs(step);
+    return true;
+}
+
 int PlatformClock::sleeperCount() {
     ClockState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);

@@ -32,6 +32,14 @@ public:
     // waits again (or ends) before time moves on, so a thread pacing itself
     // with one-second waits runs once per simulated second.
     static void advanceMs(int64_t ms);
+    // True on the thread that installed the virtual clock (and drives it).
+    static bool drivesVirtualClock();
+    // For the driving thread while it waits for something that another thread
+    // holds during a pause on the clock (a lock): moves the clock on to the
+    // earliest pending wait, releasing it as advanceMs does, so the holder's
+    // pause ends. False, with nothing moved, when no thread waits on the clock
+    // or the caller does not drive a virtual clock.
+    static bool advanceToNextWait();
     // Number of threads now waiting on the virtual clock, and a helper that
     // waits (in real time, bounded) until at least n threads are waiting.
     static int sleeperCount();

@@ -8,7 +8,10 @@
 #include "TestRoot.h"
 #include "platform/GThread.h"
 #include "platform/KSDeviceTime.h"
+#include "platform/KSMutex.h"
 #include "platform/KestraTime.h"
+
+#include <thread>
 
 using testutil::VirtualClock;
 
@@ -151,4 +154,41 @@ TEST(PlatformClockTest, AWaitOnTheDrivingThreadAdvancesTheClock) {
     EXPECT_TRUE(KestraTime(3, 0).wait());
     EXPECT_EQ(PlatformClock::nowMs(), t0 + 3000);
     EXPECT_EQ(cycles.load(), 4);
+}
+
+// A worker that pauses on the virtual clock while it holds a lock: the thread
+// that drives the clock, waiting for that lock, lets exactly the pause pass.
+TEST(PlatformClockTest, TheDrivingThreadWaitingForALockLetsTheHoldersPauseEnd) {
+    VirtualClock clock;
+    KSMutex mutex;
+    std::atomic<int> phase{0};
+    GThread t(
+        [&] {
+            if (phase.load() == 0) {
+                KSMutexGuard hold(mutex);
+                phase = 1;
+                KestraTime(0, 20000).wait();  // 20 ms under the lock
+                phase = 2;
+            }
+            KestraTime(1, 0).wait();
+        },
+        "holder");
+    ASSERT_TRUE(t.start());
+    ASSERT_TRUE(PlatformClock::waitForSleepers(1));
+    ASSERT_EQ(1, phase.load());
+    const int64_t t0 = PlatformClock::nowMs();
+    EXPECT_TRUE(PlatformClock::drivesVirtualClock());
+    mutex.Lock();
+    EXPECT_EQ(2, phase.load());
+    EXPECT_EQ(t0 + 20, PlatformClock::nowMs());
+    mutex.Unlock();
+    t.stop();
+}
+
+TEST(PlatformClockTest, NoWaitToAdvanceToOffTheDrivingThreadOrWithoutSleepers) {
+    VirtualClock clock;
+    EXPECT_FALSE(PlatformClock::advanceToNextWait());  // nobody waits
+    bool other = true;
+    std::thread([&] { other = PlatformClock::drivesVirtualClock() || PlatformClock::advanceToNextWait(); }).join();
+    EXPECT_FALSE(other);
 }

@@ -79,4 +79,21 @@ TEST_F(CamSimUserTest, TimelineReportsTheLibrarysWritesOnlyWithoutScanningTheRoo
     EXPECT_FALSE(contains(r.output, "\r")) << r.output;
 }
 
+// 20: the worker pauses on the virtual clock with the day/night lock held
+// while it switches to night; a command waiting for that lock lets the time
+// pass instead of hanging.
+TEST_F(CamSimUserTest, RestartAfterASavedNightModeAnswersAtOnce) {
+    CamsimChild::Result first = commands("daynight night; run 2s; flush");
+    ASSERT_EQ(0, first.exitCode) << first.output;
+    CamsimChild::Result second = commands("status; get 11; daynight auto; status");
+    EXPECT_EQ(0, second.exitCode) << second.output;
+    EXPECT_FALSE(contains(second.output, "[killed: timeout]")) << second.output;
+    EXPECT_TRUE(contains(second.output, "day/night      DAY, mode 2")) << second.output;  // switch under way
+    EXPECT_TRUE(contains(second.output, "   11 daynight-mode        2\n")) << second.output;
+    EXPECT_TRUE(contains(second.output, "ok: day/night mode auto")) << second.output;
+    // The saved night switch ended while 'daynight auto' waited for the lock.
+    EXPECT_TRUE(contains(second.output, "gpio     1/5 <- 0  IR-cut filter out (night)")) << second.output;
+    EXPECT_TRUE(contains(second.output, "day/night      NIGHT, mode 0")) << second.output;
+}
+
 }  // namespace
