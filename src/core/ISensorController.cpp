@@ -83,6 +83,14 @@ void ISensorController::clearSchemeFiles() {
     m_pUsrFileOperatorList.clear();
 }
 
+std::vector<ParamScheme> ISensorController::getSchemeList() {
+    KSMutexGuard lock(m_GeneralMutex);
+    std::vector<ParamScheme> copy;
+    copy.reserve(m_pParamSchemeList.size());
+    for (const ParamScheme* s : m_pParamSchemeList) copy.push_back(*s);
+    return copy;
+}
+
 void ISensorController::clearSchemeList() {
     for (ParamScheme* s : m_pParamSchemeList) delete s;
     m_pParamSchemeList.clear();
@@ -396,11 +404,12 @@ void ISensorController::printDebugMessage() {
     for (size_t i = 0; i < m_pUsrFileOperatorList.size(); ++i)
         std::printf("m_pUsrFileOperatorList[%d]  %s\n", static_cast<int>(i),
                     m_pUsrFileOperatorList[i]->getFilePath().c_str());
-    for (size_t i = 0; i < m_pParamSchemeList.size(); ++i) {
+    const std::vector<ParamScheme> schemes = getSchemeList();
+    for (size_t i = 0; i < schemes.size(); ++i) {
         int enable = 0, start = 0, end = 0;
-        m_pParamSchemeList[i]->getEnableFlag(enable);
-        m_pParamSchemeList[i]->getStartTime(start);
-        m_pParamSchemeList[i]->getEndTime(end);
+        schemes[i].getEnableFlag(enable);
+        schemes[i].getStartTime(start);
+        schemes[i].getEndTime(end);
         std::printf("m_pParamSchemeList[%d]: nEnable(%d) %d -- %d \n\n", static_cast<int>(i), enable, start, end);
     }
     std::printf("%s\n", std::string(75, '-').c_str());

@@ -15,12 +15,12 @@
 #include "platform/KSDeviceTime.h"
 #include "platform/KSMutex.h"
 #include "platform/SafePointer.h"
+#include "storage/ParamScheme.h"
 
 class IdManager;
 class SensorCache;
 class SensorConfigFile;
 class SensorLog;
-class ParamScheme;
 class ISPParam;
 class EE;
 
@@ -220,7 +220,8 @@ public:
     SensorCache& getRequestCache() { return *m_pSensorCache; }
     SensorCache& getLastValueCache() { return *m_pSensorLastValueCache; }
     const std::vector<SensorConfigFile*>& getSchemeFiles() const { return m_pUsrFileOperatorList; }
-    const std::vector<ParamScheme*>& getSchemeList() const { return m_pParamSchemeList; }
+    // A copy of the scheme records, taken under the general mutex.
+    std::vector<ParamScheme> getSchemeList();
     GThread& getDayNightThread() { return *m_DNChangeThread; }
     int getLastEE() const { return m_nLastEE; }
     int getLastDC() const { return m_nLastDC; }
@@ -234,7 +235,7 @@ public:
 protected:
     // Fields, in the order of the controller's data model.
     int m_nSensorType;
-    KSMutex m_GeneralMutex;
+    KSMutex m_GeneralMutex;  // the scheme record list and the records in it
     unsigned char m_bSerialPTZModule = 0;
     int m_SensorStatus = NotInitialised;
     int m_BaseSensorStatus = NotInitialised;
@@ -291,7 +292,7 @@ protected:
     KSDeviceTime m_CurrentTime;
     KSMutex m_DNMutex;
     std::atomic<unsigned char> m_bResetting{0};
-    std::vector<ParamScheme*> m_pParamSchemeList;
+    std::vector<ParamScheme*> m_pParamSchemeList;  // under m_GeneralMutex, and so is every record in it
     std::atomic<int> m_nCurrentParamScheme{-2};
     std::atomic<int> m_nParamMode{1};
 

@@ -140,11 +140,17 @@ int ISensorController::flush() {
         if (start > 2400) return 505;
         if (end > 2400) return 506;
         if (start >= end) return 507;
-        if (scheme >= 0 && static_cast<size_t>(scheme) < m_pParamSchemeList.size()) {
-            ParamScheme* s = m_pParamSchemeList[static_cast<size_t>(scheme)];
-            s->setEnableFlag(enable);
-            s->setStartTime(start);
-            s->setEndTime(end);
+        if (scheme >= 0) {
+            // The list may be rebuilt (loadSchemeParamToMemory) or read (the
+            // worker's scheme step) meanwhile: the record is reached under the
+            // general mutex, and only for the record, not for the file writes.
+            KSMutexGuard lock(m_GeneralMutex);
+            if (static_cast<size_t>(scheme) < m_pParamSchemeList.size()) {
+                ParamScheme* s = m_pParamSchemeList[static_cast<size_t>(scheme)];
+                s->setEnableFlag(enable);
+                s->setStartTime(start);
+                s->setEndTime(end);
+            }
         }
     }
     std::set<int> commonIds, especialIds;

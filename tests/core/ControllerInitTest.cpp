@@ -286,13 +286,13 @@ TEST_F(ControllerInitTest, FirstStartCreatesStateFileFactoryFileAndEverySchemeFi
     ASSERT_EQ(3u, c.getSchemeFiles().size());
     ASSERT_EQ(3u, c.getSchemeList().size());
     int enable = -1, start = -1, end = -1;
-    c.getSchemeList()[0]->getEnableFlag(enable);
-    c.getSchemeList()[0]->getStartTime(start);
-    c.getSchemeList()[0]->getEndTime(end);
+    c.getSchemeList()[0].getEnableFlag(enable);
+    c.getSchemeList()[0].getStartTime(start);
+    c.getSchemeList()[0].getEndTime(end);
     EXPECT_EQ(1, enable);
     EXPECT_EQ(0, start);
     EXPECT_EQ(2400, end);
-    c.getSchemeList()[1]->getEnableFlag(enable);
+    c.getSchemeList()[1].getEnableFlag(enable);
     EXPECT_EQ(0, enable);
 }
 
@@ -422,7 +422,7 @@ TEST_F(ControllerInitTest, OldSingleFileBecomesSchemeZeroAndGainsTheFactoryParam
     // Scheme 0 gained the window ids, so it is the enabled all-day scheme.
     ASSERT_EQ(2u, c.getSchemeList().size());
     int enable = 0;
-    c.getSchemeList()[0]->getEnableFlag(enable);
+    c.getSchemeList()[0].getEnableFlag(enable);
     EXPECT_EQ(1, enable);
     // The worker applies it.
     EXPECT_EQ(0, c.getCurrentParamSchemeIndex());

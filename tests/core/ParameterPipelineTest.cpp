@@ -214,9 +214,9 @@ TEST(ParameterPipelineTest, FlushWritesSchemeFactoryAndEspecialFiles) {
     EXPECT_EQ(root.read(kFactory), "(1,1)(13,6)(10000,0)(10001,3)");
     EXPECT_EQ(root.read(kEspecial), "(13,6)(10000,0)(10001,3)");
     int enable = 0, start = 0, end = 0;
-    c.getSchemeList()[1]->getEnableFlag(enable);
-    c.getSchemeList()[1]->getStartTime(start);
-    c.getSchemeList()[1]->getEndTime(end);
+    c.getSchemeList()[1].getEnableFlag(enable);
+    c.getSchemeList()[1].getStartTime(start);
+    c.getSchemeList()[1].getEndTime(end);
     EXPECT_EQ(enable, 1);
     EXPECT_EQ(start, 830);
     EXPECT_EQ(end, 1800);

@@ -101,8 +101,8 @@ TEST(ParamSchemeTest, MinuteIdsCountInTensOfMinutes) {
     VirtualClock clock(18, 5);
     SchemeSetup s({scheme(100, 1, 8, 3, 18, 1)});
     int start = 0, end = 0;
-    s.c.getSchemeList()[0]->getStartTime(start);
-    s.c.getSchemeList()[0]->getEndTime(end);
+    s.c.getSchemeList()[0].getStartTime(start);
+    s.c.getSchemeList()[0].getEndTime(end);
     EXPECT_EQ(start, 830);
     EXPECT_EQ(end, 1810);
     s.step();
@@ -132,7 +132,7 @@ TEST(ParamSchemeTest, DisabledSchemeNeverMatchesAndMissingIdsReadAsZero) {
     VirtualClock clock(12, 0);
     SchemeSetup s({scheme(100, 0, 0, 0, 24, 0), "(1,5)(501,0)(503,24)"});
     int enable = 7;
-    s.c.getSchemeList()[1]->getEnableFlag(enable);
+    s.c.getSchemeList()[1].getEnableFlag(enable);
     EXPECT_EQ(enable, 0);
     s.step();
     EXPECT_EQ(s.c.getCurrentParamSchemeIndex(), -1);
@@ -386,4 +386,51 @@ TEST(ParamSchemeTest, ConcurrentSetParametersWhileTheStepRuns) {
     s.c.getLastValueCache().getSensorValue(3, v);
     EXPECT_EQ(v, 199);
     EXPECT_EQ(s.c.getCurrentParamSchemeIndex(), 0);
+}
+
+// flush writes the selected scheme's record while loadSchemeParamToMemory
+// rebuilds the list and the worker's step reads it; run under the thread
+// sanitizer (make tsan), an unguarded access shows as a race or a use after free.
+TEST(ParamSchemeTest, FlushReloadAndStepOnThreeThreads) {
+    VirtualClock clock(12, 0);
+    SchemeSetup s({scheme(100, 1, 0, 0, 24, 0), scheme(101, 1, 0, 0, 24, 0), scheme(102, 1, 0, 0, 24, 0)});
+    s.step();
+    ASSERT_EQ(s.c.getCurrentParamSchemeIndex(), 0);
+    testing::internal::CaptureStdout();
+    constexpr int kRounds = 150;
+    std::atomic<bool> writerDone{false};
+    std::atomic<int> setFailures{0}, flushFailures{0};
+    std::thread writer([&] {
+        for (int i = 0; i < kRounds; ++i) {
+            // Toggling the enable flag of the selected scheme makes the step switch schemes.
+            const std::string list = "(1," + std::to_string(i) + ")(500," + std::to_string(i % 2) +
+                                     ")(501,0)(502,0)(503,24)(504,0)";
+            if (s.c.setParameters(list) != 0) ++setFailures;
+            if (s.c.flush() != 0) ++flushFailures;
+        }
+        writerDone = true;
+    });
+    std::thread loader([&] {
+        for (int i = 0; i < 20 || !writerDone; ++i) s.c.loadSchemeParamToMemory();
+    });
+    std::thread stepper([&] {
+        for (int i = 0; i < 20 || !writerDone; ++i) s.c.paramSchemeSwitchBody();
+    });
+    writer.join();
+    loader.join();
+    stepper.join();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(setFailures.load(), 0);
+    EXPECT_EQ(flushFailures.load(), 0);
+    ASSERT_EQ(s.c.getSchemeList().size(), 3u);
+    // The records in memory are those of the files, as a fresh load gives them.
+    std::vector<ParamScheme> before = s.c.getSchemeList();
+    s.c.loadSchemeParamToMemory();
+    std::vector<ParamScheme> after = s.c.getSchemeList();
+    for (size_t i = 0; i < 3; ++i) {
+        int a = 0, b = 0;
+        before[i].getEnableFlag(a);
+        after[i].getEnableFlag(b);
+        EXPECT_EQ(a, b) << "scheme " << i;
+    }
 }

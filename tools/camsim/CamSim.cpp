@@ -561,7 +561,7 @@ void CamSim::cmdReset(const std::vector<std::string>& args) {
 }
 
 void CamSim::cmdScheme(const std::vector<std::string>& args) {
-    const std::vector<ParamScheme*>& list = m_controller->getSchemeList();
+    const std::vector<ParamScheme> list = m_controller->getSchemeList();
     if (args.empty()) {
         int mode = 0;
         m_controller->getParamMode(mode);
@@ -570,9 +570,9 @@ void CamSim::cmdScheme(const std::vector<std::string>& args) {
             "; active scheme: " + std::to_string(m_controller->getCurrentParamSchemeIndex()));
         for (size_t i = 0; i < list.size(); ++i) {
             int enable = 0, start = 0, end = 0;
-            list[i]->getEnableFlag(enable);
-            list[i]->getStartTime(start);
-            list[i]->getEndTime(end);
+            list[i].getEnableFlag(enable);
+            list[i].getStartTime(start);
+            list[i].getEndTime(end);
             std::fprintf(out(), "  scheme %d  %s-%s  %s\n", static_cast<int>(i), hhmm(start).c_str(),
                          hhmm(end).c_str(), enable ? "on" : "off");
         }

@@ -77,13 +77,13 @@ void EventMonitor::poll() {
             if (m_nScheme >= -1 && !m_bQuiet) ++m_totals.schemeSwitches;
             std::string text = (m_nScheme < -1 ? std::string("-") : std::to_string(m_nScheme)) + " -> " +
                                std::to_string(scheme);
-            const std::vector<ParamScheme*>& list = m_controller->getSchemeList();
+            const std::vector<ParamScheme> list = m_controller->getSchemeList();
             if (scheme == -1) {
                 text += "  (factory set: no scheme window holds the time)";
             } else if (scheme >= 0 && static_cast<size_t>(scheme) < list.size()) {
                 int start = 0, end = 0;
-                list[static_cast<size_t>(scheme)]->getStartTime(start);
-                list[static_cast<size_t>(scheme)]->getEndTime(end);
+                list[static_cast<size_t>(scheme)].getStartTime(start);
+                list[static_cast<size_t>(scheme)].getEndTime(end);
                 text += "  (window " + hhmm(start) + "-" + hhmm(end) + ")";
             }
             print("scheme", text);
