@@ -13,7 +13,8 @@
 
 namespace {
 
-void pauseMs(int64_t ms) { KestraTime(ms / 1000, (ms % 1000) * 1000).wait(); }
+// False when the pause was cut short because the calling thread is being stopped.
+bool pauseMs(int64_t ms) { return KestraTime(ms / 1000, (ms % 1000) * 1000).wait(); }
 
 // Copies a machine-information text into a fixed record field, cut to the
 // field width less one so that the terminating zero always fits.
@@ -692,7 +693,9 @@ int S2FisheyeSenseController::turnPictureToNight() {
             pauseMs(kNightSwitchSettleMs);
             break;
         }
-        pauseMs(kNightSwitchPollMs);
+        // Once the thread is asked to stop every pause returns at once: the
+        // poll ends there rather than asking the ISP as fast as it can.
+        if (!pauseMs(kNightSwitchPollMs)) break;
     }
     return nResult;
 }

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "drivers/fisheye/FisheyeTestSupport.h"
+#include "platform/GThread.h"
+#include "platform/KestraTime.h"
 #include "storage/IdManager.h"
 #include "storage/SensorCache.h"
 
@@ -682,6 +687,43 @@ TEST_F(FisheyeTest, PictureToNightGivesUpPollingAfterASecond) {
     EXPECT_GE(took, 1040);
     EXPECT_LT(took, 1100);
     EXPECT_GE(SimIsp::instance().callCount(KSIA_NIGHT_SWITCH_BUSY), 50);
+}
+
+// A stop cuts every wait short; the poll must then end instead of asking the
+// ISP again and again until the (held) clock has passed its second.
+TEST_F(FisheyeTest, StopEndsTheNightSwitchPollWithTheClockHeld) {
+    testutil::VirtualClock clock;
+    SimIsp::instance().setNightSwitchBusyMs(60000);
+    std::atomic<int> passes{0};
+    TestableFisheye* c = cam.get();
+    GThread poller(
+        [&passes, c] {
+            if (passes++ == 0)
+                c->turnPictureToNight();
+            else
+                KestraTime(1, 0).wait();
+        },
+        "NightSwitchPoll");
+    ASSERT_TRUE(poller.start());
+    ASSERT_TRUE(PlatformClock::waitForSleepers(1));  // parked in its first 20 ms pause
+    const int before = SimIsp::instance().callCount(KSIA_NIGHT_SWITCH_BUSY, KSIA_GET);
+    const int64_t at = PlatformClock::nowMs();
+    std::atomic<bool> stopped{false};
+    std::thread stopper([&] {
+        poller.stop();
+        stopped = true;
+    });
+    // Bounded, in real time: the stop must not depend on the virtual clock moving.
+    for (int i = 0; i < 200 && !stopped.load(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const bool stoppedInTime = stopped.load();
+    const int polls = SimIsp::instance().callCount(KSIA_NIGHT_SWITCH_BUSY, KSIA_GET) - before;
+    const int64_t after = PlatformClock::nowMs();
+    if (!stoppedInTime) PlatformClock::useReal();  // lets a spinning poll run out of its second
+    stopper.join();
+    EXPECT_TRUE(stoppedInTime);
+    EXPECT_LE(polls, 2);
+    EXPECT_EQ(at, after);
+    cam.reset();
 }
 
 TEST_F(FisheyeTest, FailedNightPictureDoesNotPoll) {
