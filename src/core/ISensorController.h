@@ -148,6 +148,10 @@ public:
     void printDebugMessage();
 
     // ---- parameter access ----
+    // Applies a parameter list text. 0 when every pair was applied; when the
+    // driver refuses one, minus its id. A refused negative id therefore comes
+    // back positive, and INT_MIN, which has no negation, comes back as INT_MAX:
+    // callers test the result for non-zero, not for a negative value.
     int setParameters(const std::string& list);
     int getParameters(const std::string& idList, std::string& out);
     int setParameter(int id, int value);

@@ -1,5 +1,6 @@
 // The parameter access pipeline of ISensorController: list text in, driver
 // writes, the two caches, flush to the configuration files and the resets.
+#include <climits>
 #include <cstdio>
 #include <set>
 
@@ -46,7 +47,7 @@ int ISensorController::setParameters(const std::string& list) {
     for (int more = m_pSensorCache->getFirstIdValue(id, value); more; more = m_pSensorCache->getNextIdValue(id, value)) {
         if (!setParameter(id, value)) {
             ErrorPrintf("setParameter (%d,%d) failed", id, value);
-            return -id;
+            return id == INT_MIN ? INT_MAX : -id;  // INT_MIN has no negation
         }
     }
     return 0;

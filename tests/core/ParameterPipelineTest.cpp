@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <stdexcept>
 #include <thread>
 
@@ -55,6 +56,21 @@ TEST(ParameterPipelineTest, FirstFailingPairStopsTheListAndIsReturnedNegated) {
     std::string request;
     c.getRequestCache().getAllSensorValues(request);
     EXPECT_EQ(request, "(1,5)(2,7)(3,9)");
+}
+
+// Negating INT_MIN overflows; a refused INT_MIN comes back as INT_MAX, and a
+// refused negative id positive: callers test for non-zero.
+TEST(ParameterPipelineTest, RefusedIntMinIdComesBackAsIntMax) {
+    TempRoot root;
+    FakeController c;
+    c.failSet.insert(INT_MIN);
+    c.failSet.insert(-7);
+    c.failSet.insert(INT_MAX);
+    EXPECT_EQ(c.setParameters("(-2147483648,1)"), INT_MAX);
+    EXPECT_EQ(c.setParameters("(-7,1)"), 7);
+    EXPECT_EQ(c.setParameters("(2147483647,1)"), -INT_MAX);
+    EXPECT_TRUE(c.sets.empty());
+    EXPECT_EQ(all(c), "");
 }
 
 TEST(ParameterPipelineTest, FailuresAreLogged) {
