@@ -1,5 +1,6 @@
 #include "core/ISensorController.h"
 
+#include <cassert>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -55,7 +56,10 @@ ISensorController::ISensorController(int sensorType) : m_nSensorType(sensorType)
 }
 
 ISensorController::~ISensorController() {
-    // The worker goes first, so that nothing below is used while being deleted.
+    // The owner has stopped the worker (stopWorker) while the whole object was
+    // alive; stopping it only here would let it call into a destroyed derived
+    // part. Release builds still stop it before anything below goes.
+    assert(m_DNChangeThread == nullptr || !m_DNChangeThread->isRunning());
     if (m_DNChangeThread != nullptr) {
         m_DNChangeThread->stop();
         delete m_DNChangeThread;
@@ -72,6 +76,10 @@ ISensorController::~ISensorController() {
     m_pInitLog.reset();
     clearSchemeFiles();
     clearSchemeList();
+}
+
+void ISensorController::stopWorker() {
+    if (m_DNChangeThread != nullptr) m_DNChangeThread->stop();
 }
 
 void ISensorController::registerIds(const char* controllerName) {

@@ -41,6 +41,9 @@ public:
     explicit ISensorController(int sensorType);
 
     // ---- virtual operations, in slot order ----
+    // The owner calls stopWorker() before deleting a controller: the worker
+    // calls the controller's virtual operations, which must not run while a
+    // derived part is being destroyed. Debug builds assert that it was done.
     virtual ~ISensorController();
     virtual int updateSensorVideoSystem(int sensorType, const VideoResolution& res);
     virtual int resetParameters();
@@ -127,6 +130,11 @@ public:
     int setSensorConfigVersion(int version);
     int setSensorConfigVersion2(int version);
     int stopPTZ();
+    // Stops the day/night worker and waits until it has ended; a pass in
+    // progress ends at its next wait. Safe to call more than once and when the
+    // worker never started. Every owner of a controller calls it before
+    // deleting the controller.
+    void stopWorker();
 
     // ---- serial transactions (shared by every serial module controller) ----
     // 1 when `expected` occurs anywhere in `received`, else 0 (also for an empty read).

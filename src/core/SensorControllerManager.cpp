@@ -12,7 +12,7 @@ bool printOn() { return GlobalEnv::getInstance()->getPrintFlag(); }
 SensorControllerManager::SensorControllerManager() = default;
 
 SensorControllerManager::~SensorControllerManager() {
-    m_pSensorController.reset();
+    releaseController();
     m_pGPIO.reset();
     m_pUARTController.reset();
 }
@@ -21,8 +21,14 @@ void SensorControllerManager::setUARTController(const SafePointer<IUARTControlle
 
 void SensorControllerManager::setGPIO(const SafePointer<IGPIO>& gpio) { m_pGPIO = gpio; }
 
+void SensorControllerManager::releaseController() {
+    if (!m_pSensorController.isNull()) m_pSensorController->stopWorker();
+    m_pSensorController.reset();
+}
+
 void SensorControllerManager::init(int sensorType, const VideoResolution& res, const ModuleConfigure& cfg) {
     int moduleId = cfg.getModuleId();
+    releaseController();  // a second init replaces the controller of the first
     m_pSensorController = SenseControllerFactory::create(moduleId);
     if (moduleId == 0) return;
     m_pSensorController->setOperator(m_pUARTController, m_pGPIO);

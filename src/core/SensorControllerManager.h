@@ -22,6 +22,9 @@ public:
     int updateSensorVideoSystem(int sensorType, const VideoResolution& res);
 
 private:
+    // Stops the controller's worker and lets go of the controller.
+    void releaseController();
+
     SafePointer<IUARTController> m_pUARTController;
     SafePointer<IGPIO> m_pGPIO;
     SafePointer<ISensorController> m_pSensorController;

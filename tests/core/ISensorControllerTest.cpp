@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "TestRoot.h"
 #include "core/NullSenseController.h"
 #include "doubles/FakeController.h"
@@ -13,6 +15,57 @@
 #include "storage/SensorCache.h"
 
 using testutil::TempRoot;
+
+namespace {
+// A driver that does nothing in its destructor: stopping the worker is its owner's job.
+class BareDriver : public ISensorController {
+public:
+    BareDriver() : ISensorController(50) {}
+    ~BareDriver() override {}
+    int getMirrorValue(int& v) override {
+        v = 0;
+        return 1;
+    }
+    int setSensorVideoSystem(int, const VideoResolution&) override { return 1; }
+    int initController(int, const ModuleConfigure&) override { return 1; }
+    void doDependOnThread() override { ++cycles; }
+    std::atomic<int> cycles{0};
+};
+
+// Starts a bare driver's worker on the virtual clock and deletes the driver
+// without stopping the worker first.
+void deleteWithTheWorkerRunning() {
+    TempRoot root;
+    testutil::VirtualClock clock;
+    BareDriver* d = new BareDriver();
+    d->getDayNightThread().start();
+    PlatformClock::waitForSleepers(1);
+    delete d;
+}
+}  // namespace
+
+TEST(ISensorControllerTest, OwnerStopsTheWorkerOfADriverWhoseDestructorDoesNothing) {
+    TempRoot root;
+    testutil::VirtualClock clock;
+    BareDriver* d = new BareDriver();
+    ASSERT_TRUE(d->getDayNightThread().start());
+    ASSERT_TRUE(PlatformClock::waitForSleepers(1));
+    clock.advance(3000);
+    EXPECT_GE(d->cycles.load(), 1);
+    d->stopWorker();
+    EXPECT_FALSE(d->getDayNightThread().isRunning());
+    const int cycles = d->cycles.load();
+    clock.advance(3000);
+    EXPECT_EQ(cycles, d->cycles.load());
+    d->stopWorker();  // a second call does nothing
+    delete d;
+}
+
+TEST(ISensorControllerDeathTest, DeletingAControllerWhoseWorkerRunsAssertsInDebugBuilds) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // Release builds stop the worker in the base destructor as a last resort.
+    EXPECT_DEBUG_DEATH(deleteWithTheWorkerRunning(), "isRunning");
+}
 
 TEST(ISensorControllerTest, FieldsAfterConstruction) {
     TempRoot root;

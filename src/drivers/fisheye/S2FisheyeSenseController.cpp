@@ -53,8 +53,7 @@ S2FisheyeSenseController::S2FisheyeSenseController() : ISensorController(SensorT
 }
 
 S2FisheyeSenseController::~S2FisheyeSenseController() {
-    // The worker may still be reading the light sensor: stop it before the ADC goes.
-    getDayNightThread().stop();
+    // The owner has stopped the worker (stopWorker), so nothing reads the light sensor any more.
     m_pAdc.reset();
 }
 

@@ -201,6 +201,34 @@ TEST_F(FisheyeBringUpTest, EveryIdThroughTheManagerAndBack) {
     EXPECT_EQ(17, isp.value(KSIA_MAX_SHUTTER));
 }
 
+// The manager owns the controller: it stops the worker before letting go of
+// it (the driver's destructor does not), on a second init and when destroyed,
+// even while somebody else still holds the controller.
+TEST_F(FisheyeBringUpTest, ManagerStopsTheWorkerBeforeLettingGoOfTheController) {
+    bringUp(kInfraredDetail);
+    SafePointer<ISensorController> first = controller;
+    ASSERT_TRUE(first->getDayNightThread().isRunning());
+    bringUp(kInfraredDetail);
+    EXPECT_NE(first.get(), controller.get());
+    EXPECT_FALSE(first->getDayNightThread().isRunning());
+    EXPECT_TRUE(controller->getDayNightThread().isRunning());
+    first.reset();
+
+    SafePointer<ISensorController> kept;
+    {
+        SensorControllerManager local;
+        local.setUARTController(SafePointer<IUARTController>(new FakeUART()));
+        local.setGPIO(SafePointer<IGPIO>(new FakeGPIO()));
+        controller->stopWorker();  // one worker on the clock at a time
+        ModuleConfigure cfg(88, kInfraredDetail, "RS485=9600,8,1,0");
+        testutil::runOnVirtualClock([&] { local.init(0, VideoResolution(1920, 1080), cfg); }, 50);
+        kept = local.getSensorController();
+        ASSERT_FALSE(kept.isNull());
+        ASSERT_TRUE(kept->getDayNightThread().isRunning());
+    }
+    EXPECT_FALSE(kept->getDayNightThread().isRunning());
+}
+
 TEST_F(FisheyeBringUpTest, ModuleWithoutGpioFailsToStart) {
     ModuleConfigure cfg(88, "isInfrared=0", "");
     testutil::runOnVirtualClock([&] { manager.init(0, VideoResolution(1920, 1080), cfg); }, 50);

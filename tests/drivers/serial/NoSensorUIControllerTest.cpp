@@ -190,6 +190,7 @@ TEST(NoUIThread, FollowsTheModuleOnTheVirtualClockAndStopsBeforeDestruction) {
     EXPECT_NE(std::string::npos, out.find("recv @getDNbody failed,nRet = 0"));
     EXPECT_EQ(0, c->getModuleDNState());
     auto t0 = std::chrono::steady_clock::now();
+    c->stopWorker();  // the owner's part; the destructor ends the module thread
     owner.reset();
     auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - t0).count();
     EXPECT_LT(ms, 1000);

@@ -43,6 +43,8 @@ protected:
         ASSERT_TRUE(ctl.open(ModuleConfigure(60, "RS485=/dev/ttyS1;isInfrared=0", "RS485=9600,8,1,0")));
         testing::internal::GetCapturedStdout();
     }
+    // The owner stops the worker a test's init started before the controller goes.
+    void TearDown() override { ctl.stopWorker(); }
     int writes() const { return bench.uartRaw->writeCalls(); }
 };
 
