@@ -15,7 +15,10 @@ bool FsUtil::makeDirs(const std::string& dir) {
     std::string parent = dirName(dir);
     if (parent != dir && !parent.empty() && !isDirectory(parent) && !makeDirs(parent)) return false;
     noteCall(CallMakeDir, dir);
-    if (::mkdir(dir.c_str(), 0755) == 0) return true;
+    if (::mkdir(dir.c_str(), 0755) == 0) {
+        syncDir(parent);
+        return true;
+    }
     return errno == EEXIST && isDirectory(dir);
 }
 

@@ -7,6 +7,8 @@
 class FsUtil {
 public:
     // Creates the directory and its parents; true if it exists afterwards.
+    // The parent of each directory created is synced, so that the new entry
+    // survives a power cut.
     static bool makeDirs(const std::string& dir);
     static std::string dirName(const std::string& path);
     static std::string baseName(const std::string& path);
