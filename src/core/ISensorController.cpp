@@ -272,6 +272,9 @@ int ISensorController::init(int sensorType, const ModuleConfigure& cfg, const Vi
     if (!setSensorVideoSystem(sensorType, res)) InitPrintf("init setSensorVideoSystem failed");
     enterDayMode();
     m_BaseSensorStatus = InitSuccess;
+    // A replacement interrupted by a power cut leaves its temporary file; one
+    // beside a file that is never written again would stay for good.
+    KSFile::removeStaleTemporaries(SensorPaths::kConfigDir);
     checkSensorConfigVersion();
     initConfigFile();
     loadSchemeParamToMemory();

@@ -1,6 +1,7 @@
 #include "platform/KSFile.h"
 
 #include <atomic>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -21,30 +22,51 @@ std::atomic<bool> g_crashBeforeRename{false};
 std::atomic<void (*)(const std::string&)> g_beforeRead{nullptr};
 
 const char kTempMarker[] = ".kstmp.";
+const size_t kTempMarkerLength = sizeof(kTempMarker) - 1;
+const size_t kTempSuffixLength = 6;  // the XXXXXX of mkstemp
 
-// Removes temporary files that a write interrupted by a power cut left behind.
-// A temporary file younger than a minute may belong to a write in progress in
-// another thread and is left alone.
-void removeStaleTemps(const std::string& target) {
+// True for a temporary file name of a replacement ("<file>.kstmp.XXXXXX");
+// when target is given, only for one of that file.
+bool isTempName(const std::string& name, const std::string* target) {
+    if (target != nullptr)
+        return name.size() > target->size() + kTempMarkerLength &&
+               name.compare(0, target->size(), *target) == 0 &&
+               name.compare(target->size(), kTempMarkerLength, kTempMarker) == 0;
+    if (name.size() <= kTempMarkerLength + kTempSuffixLength) return false;
+    const size_t marker = name.size() - kTempSuffixLength - kTempMarkerLength;
+    if (name.compare(marker, kTempMarkerLength, kTempMarker) != 0) return false;
+    for (size_t i = name.size() - kTempSuffixLength; i < name.size(); ++i)
+        if (!std::isalnum(static_cast<unsigned char>(name[i]))) return false;
+    return true;
+}
+
+// Removes the temporary files that writes interrupted by a power cut left in
+// dir (those of one target file, or all of them). A temporary file written
+// within a minute of now may belong to a write in progress in another thread
+// and is left alone; one dated in the future (the clock was set back since) is
+// stale.
+int removeStaleTemps(const std::string& dir, const std::string* target) {
     const time_t now = ::time(nullptr);
-    std::string dir = FsUtil::dirName(target);
-    std::string prefix = FsUtil::baseName(target) + kTempMarker;
     FsUtil::noteCall(FsUtil::CallListDir, dir);
     DIR* d = ::opendir(dir.c_str());
-    if (d == nullptr) return;
+    if (d == nullptr) return 0;
     std::vector<std::string> stale;
     while (struct dirent* e = ::readdir(d)) {
-        if (std::string(e->d_name).compare(0, prefix.size(), prefix) != 0) continue;
+        if (!isTempName(e->d_name, target)) continue;
         std::string full = dir + "/" + e->d_name;
         struct stat st {};
         FsUtil::noteCall(FsUtil::CallStat, full);
-        if (::stat(full.c_str(), &st) == 0 && now - st.st_mtime > 60) stale.push_back(full);
+        if (::stat(full.c_str(), &st) == 0 && S_ISREG(st.st_mode) &&
+            (now - st.st_mtime > 60 || st.st_mtime - now > 60))
+            stale.push_back(full);
     }
     ::closedir(d);
+    int removed = 0;
     for (const std::string& s : stale) {
         FsUtil::noteCall(FsUtil::CallRemove, s);
-        ::unlink(s.c_str());
+        if (::unlink(s.c_str()) == 0) ++removed;
     }
+    return removed;
 }
 
 bool readFd(int fd, const std::string& path, std::string& out) {
@@ -177,7 +199,8 @@ bool KSFile::close() {
 }
 
 bool KSFile::commit() {
-    removeStaleTemps(m_strPath);
+    const std::string base = FsUtil::baseName(m_strPath);
+    removeStaleTemps(FsUtil::dirName(m_strPath), &base);
     std::string tmpl = m_strPath + kTempMarker + "XXXXXX";
     std::vector<char> name(tmpl.begin(), tmpl.end());
     name.push_back('\0');
@@ -207,6 +230,10 @@ void KSFile::discard() {
     }
     m_bWriting = false;
     m_strData.clear();
+}
+
+int KSFile::removeStaleTemporaries(const std::string& dir) {
+    return removeStaleTemps(PlatformRoot::resolve(dir), nullptr);
 }
 
 bool KSFile::isExist(const std::string& path) {

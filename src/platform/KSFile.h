@@ -32,6 +32,12 @@ public:
 
     static bool isExist(const std::string& path);
 
+    // Removes the temporary files that interrupted replacements left in a
+    // directory: names of the form "<file>.kstmp.XXXXXX" (this class's own),
+    // whichever file they belong to. One written within the last minute may
+    // belong to a write in progress and stays. Returns how many were removed.
+    static int removeStaleTemporaries(const std::string& dir);
+
     // Convenience: whole-file read and atomic whole-file replace.
     static bool readAll(const std::string& path, std::string& out);
     static bool writeAll(const std::string& path, const std::string& data);

@@ -1,8 +1,10 @@
 // Controller start-up: the order of init's steps, the configuration files it
 // creates, checks, rebuilds and migrates, and the ways it fails.
 #include <gtest/gtest.h>
+#include <utime.h>
 
 #include <algorithm>
+#include <ctime>
 #include <map>
 #include <string>
 #include <vector>
@@ -316,6 +318,40 @@ TEST_F(ControllerInitTest, RestartWithEqualVersionsKeepsEveryFile) {
     EXPECT_EQ(factoryBefore, rig.root.read(kFactory));
     EXPECT_EQ(scheme0Before, rig.root.read(kScheme0));
     EXPECT_EQ("(1,555)(500,1)(10000,0)(10001,3)", rig.root.read(kScheme1));
+}
+
+TEST_F(ControllerInitTest, StartUpSweepsStaleTemporaryFilesOfTheConfigurationDirectory) {
+    testutil::writeSchemeCount(rig.root, 2);
+    rig.make();
+    ASSERT_EQ(1, rig.init());
+    rig.ctl.reset();
+    const std::string dir = "/mnt/mtd/code/config_file/";
+    // Left by replacements a power cut interrupted: beside files that the
+    // start-up does not rewrite, and of a file that is gone.
+    const std::vector<std::string> stale = {"sensor.xml.kstmp.Ab12Cd", "sensor1.cfg.kstmp.x1y2z3",
+                                            "gone.cfg.kstmp.QQQQQQ"};
+    // Not stale: another pattern, or written within the last minute (a write in progress).
+    const std::vector<std::string> kept = {"notes.kstmp", "a.cfg.kstmp.toolong", ".kstmp.abcdef",
+                                           "sensor0.cfg.kstmp.fresh1"};
+    const time_t old = std::time(nullptr) - 120;
+    for (const std::string& name : stale) {
+        rig.root.write(dir + name, "(1,");
+        struct utimbuf t {old, old};
+        ASSERT_EQ(0, ::utime(rig.root.real(dir + name).c_str(), &t));
+    }
+    for (const std::string& name : kept) {
+        rig.root.write(dir + name, "keep");
+        if (name == "sensor0.cfg.kstmp.fresh1") continue;
+        struct utimbuf t {old, old};
+        ASSERT_EQ(0, ::utime(rig.root.real(dir + name).c_str(), &t));
+    }
+    std::string scheme1Before = rig.root.read(kScheme1);
+
+    rig.make();
+    ASSERT_EQ(1, rig.init());
+    for (const std::string& name : stale) EXPECT_FALSE(rig.root.exists(dir + name)) << name;
+    for (const std::string& name : kept) EXPECT_EQ("keep", rig.root.read(dir + name)) << name;
+    EXPECT_EQ(scheme1Before, rig.root.read(kScheme1));
 }
 
 TEST_F(ControllerInitTest, RestartWithChangedVersion2RebuildsOnlyTheFactoryFile) {

@@ -5,6 +5,9 @@
 #include <sys/stat.h>
 #include <utime.h>
 
+#include <ctime>
+#include <vector>
+
 #include "TestRoot.h"
 #include "platform/DiskManager.h"
 
@@ -180,4 +183,34 @@ TEST(KSFileTest, IdenticalReplacementDoesNotTouchTheDirectory) {
     ASSERT_EQ(::stat(root.real("/mnt/cfg").c_str(), &after), 0);
     EXPECT_NE(before.st_mtim.tv_nsec + before.st_mtim.tv_sec * 1000000000LL,
               after.st_mtim.tv_nsec + after.st_mtim.tv_sec * 1000000000LL);
+}
+
+TEST(KSFileTest, RemoveStaleTemporariesSweepsTheDirectory) {
+    TempRoot root;
+    const time_t now = ::time(nullptr);
+    struct Entry {
+        std::string name;
+        time_t mtime;
+        bool removed;
+    };
+    const std::vector<Entry> entries = {
+        {"a.cfg.kstmp.Ab12Cd", now - 120, true},     // of a file that exists
+        {"gone.xml.kstmp.zzzzzz", now - 3600, true},  // of a file that is gone
+        {"b.cfg.kstmp.Q1w2E3", now + 3600, true},    // dated after a clock set back
+        {"c.cfg.kstmp.fresh1", now, false},          // a write in progress
+        {"d.cfg.kstmp.abc", now - 120, false},       // not the name pattern
+        {"e.cfg.kstmp.abc-ef", now - 120, false},
+        {".kstmp.abcdef", now - 120, false},
+        {"f.cfg", now - 120, false},
+    };
+    root.write("/mnt/a.cfg", "(1,2)");
+    for (const Entry& e : entries) {
+        root.write("/mnt/" + e.name, "x");
+        struct utimbuf t {e.mtime, e.mtime};
+        ASSERT_EQ(::utime(root.real("/mnt/" + e.name).c_str(), &t), 0);
+    }
+    EXPECT_EQ(KSFile::removeStaleTemporaries("/mnt"), 3);
+    for (const Entry& e : entries) EXPECT_EQ(!e.removed, root.exists("/mnt/" + e.name)) << e.name;
+    EXPECT_EQ(root.read("/mnt/a.cfg"), "(1,2)");
+    EXPECT_EQ(KSFile::removeStaleTemporaries("/mnt/none"), 0);
 }
