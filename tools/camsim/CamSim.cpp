@@ -27,6 +27,10 @@ namespace {
 
 const int64_t kMaxRunMs = 48LL * 3600 * 1000;
 const size_t kMaxCatBytes = 64 * 1024;
+// How long (real time) camsim lets its threads reach their next wait on the
+// virtual clock before it moves the clock on regardless. Only a stuck thread
+// takes that long; a busy machine must not change what a script does.
+const int kSettleMs = 30000;
 
 std::string join(const std::vector<std::string>& words, size_t from, const char* sep) {
     std::string out;
@@ -139,16 +143,10 @@ bool CamSim::start(const Options& options) {
     say("camsim: " + deviceTimeText() + "  starting module " + std::to_string(module.getModuleId()) + " (detail \"" +
         module.getDetail() + "\")");
     // init waits on the platform clock (the ISP settles 3 s after the video
-    // system is set): move the clock while it runs.
-    std::atomic<bool> done{false};
-    std::thread initThread([&] {
-        m_pManager->init(0, VideoResolution(1920, 1080), module);
-        PlatformClock::threadLeaving();
-        done = true;
-    });
-    while (!done.load())
-        if (PlatformClock::waitForSleepers(1, 5)) PlatformClock::advanceMs(10);
-    initThread.join();
+    // system is set). It runs on this thread, which drives the virtual clock:
+    // its waits are the passing of that time, released in order, so the
+    // start-up takes the same virtual time however busy the machine is.
+    m_pManager->init(0, VideoResolution(1920, 1080), module);
     m_controller = m_pManager->getSensorController();
     std::vector<std::string> initLines = m_capture.take();
     if (m_controller.isNull() || m_controller->getSensorStatus() != ISensorController::InitSuccess) {
@@ -157,7 +155,7 @@ bool CamSim::start(const Options& options) {
         return false;
     }
     m_bStarted = true;
-    PlatformClock::waitForSleepers(1);  // the day/night worker has run its first cycle
+    PlatformClock::waitForSleepers(1, kSettleMs);  // the day/night worker has run its first cycle
     m_pMonitor->setController(m_controller);
     m_pMonitor->poll();
 
@@ -173,7 +171,7 @@ bool CamSim::start(const Options& options) {
         },
         "ISPParamThread"));
     if (m_pIspThread->start()) m_nSleepers = 2;
-    PlatformClock::waitForSleepers(m_nSleepers);
+    PlatformClock::waitForSleepers(m_nSleepers, kSettleMs);
     m_capture.take();
     say("camsim: camera up; type 'help' for the commands");
     if (options.ticker) m_ticker = std::thread([this] { tickerLoop(); });
@@ -250,7 +248,7 @@ void CamSim::advance(int64_t ms, bool printEvents) {
     auto drawn = began;
     for (int64_t left = ms; left > 0;) {
         int64_t step = left < 1000 ? left : 1000;
-        PlatformClock::waitForSleepers(m_nSleepers, 2000);
+        PlatformClock::waitForSleepers(m_nSleepers, kSettleMs);
         PlatformClock::advanceMs(step);
         left -= step;
         m_pMonitor->poll();
