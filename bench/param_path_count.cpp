@@ -198,8 +198,12 @@ void measure(const std::string& name, int units, Body&& body) {
         if (f.second.reads > maxReads) maxReads = f.second.reads;
         total += f.second.total;
     }
-    std::fprintf(g_results, "%s %d %ld %ld %ld %ld %zu\n", name.c_str(), units, allocs, maxOpens, maxReads, total,
+    std::fprintf(g_results, "row %s %d %ld %ld %ld %ld %zu\n", name.c_str(), units, allocs, maxOpens, maxReads, total,
                  calls.size());
+    for (const auto& f : calls)
+        if (f.second.opens > 1 || f.second.reads > 1)
+            std::fprintf(g_results, "file %s %s %ld %ld\n", name.c_str(), f.first.c_str(), f.second.opens,
+                         f.second.reads);
     std::fflush(g_results);
 }
 
@@ -269,6 +273,7 @@ struct Row {
     int units = 0;
     long allocs = 0, maxOpens = 0, maxReads = 0, calls = 0, files = 0;
     unsigned long long instructions = 0;
+    std::vector<std::string> overused;  // "path: N open, M read" of each file opened or read more than once
 };
 
 // Instruction totals of the calling thread per dump (the "-01" file of each dump).
@@ -335,9 +340,23 @@ int parent(const char* self) {
     std::map<std::string, Row> rows;
     {
         std::ifstream in(results);
-        std::string name;
-        Row r;
-        while (in >> name >> r.units >> r.allocs >> r.maxOpens >> r.maxReads >> r.calls >> r.files) rows[name] = r;
+        std::string kind, name;
+        while (in >> kind >> name) {
+            if (kind == "row") {
+                Row& r = rows[name];
+                in >> r.units >> r.allocs >> r.maxOpens >> r.maxReads >> r.calls >> r.files;
+            } else {
+                std::string path;
+                long opens = 0, reads = 0;
+                in >> path >> opens >> reads;
+                // The root is a fresh temporary directory: show the camera path.
+                std::string::size_type cut = path.find("/mnt/");
+                if (cut == std::string::npos) cut = path.find("/hd1/");
+                if (cut != std::string::npos) path.erase(0, cut);
+                rows[name].overused.push_back(path + ": " + std::to_string(opens) + " open, " + std::to_string(reads) +
+                                              " read");
+            }
+        }
     }
     for (const auto& t : readDumps(dir)) rows[t.first].instructions = t.second;
     std::string cleanup = std::string("rm -rf ") + dir;
@@ -392,6 +411,7 @@ int parent(const char* self) {
                           r.maxReads, r.files);
             std::printf("%-34s %4d  %-44s %-30s %s\n", "flush, nothing changed: files", count, measured,
                         "<= 1 open, 1 read per file", verdict(r.units > 0 && r.maxOpens <= 1 && r.maxReads <= 1));
+            for (const std::string& f : r.overused) std::printf("%41s%s\n", "", f.c_str());
         }
         {
             const Row& r = rows["init-warm/" + n];
@@ -405,6 +425,7 @@ int parent(const char* self) {
                           r.maxReads, r.files);
             std::printf("%-34s %4d  %-44s %-30s %s\n", "warm init, 4 schemes: files", count, measured,
                         "each file read once", verdict(r.units > 0 && r.maxOpens <= 1 && r.maxReads <= 1));
+            for (const std::string& f : r.overused) std::printf("%41s%s\n", "", f.c_str());
         }
     }
     return missed ? 1 : 0;

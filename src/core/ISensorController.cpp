@@ -286,8 +286,9 @@ int ISensorController::init(int sensorType, const ModuleConfigure& cfg, const Vi
 }
 
 int ISensorController::checkSensorConfigVersion() {
-    if (m_pFactoryFile->isVersionEqual(m_nConfigVersion)) {
-        int equal2 = m_pFactoryFile->isVersion2Equal(m_nConfigVersion2);
+    int equal = 0, equal2 = 0;
+    m_pFactoryFile->compareVersions(m_nConfigVersion, m_nConfigVersion2, equal, equal2);  // one read
+    if (equal) {
         if (equal2) return equal2;
         std::printf("sensor configure version 2 changed delete configure files \n");
         sy_system("rm /mnt/mtd/code/config_file/sensor_Factory.cfg", 30);
@@ -308,12 +309,17 @@ int ISensorController::checkSensorConfigVersion() {
 int ISensorController::initConfigFile() {
     if (!DiskManager::isFileExist(SensorPaths::kSchemeStateFile)) createSensorXML();
     if (!DiskManager::isFileExist(SensorPaths::kFactoryFile)) createSensorFile_Factory();
-    if (!isSensorSchemeFilesExist()) {
+    int num = 0;
+    const int numOk = getParamSchemeNum(num);
+    if (!schemeFilesExist(numOk, num)) {
         copySchemeFilesFromFactory();
         initSensorFilesHandler();
         resetSchemeFiles();
     } else {
-        initSensorFilesHandler();
+        // The handlers come from the scheme count just read (sensorAbility.xml is
+        // read once); the console shows the count line of the handlers' step as before.
+        std::printf("p_nSchemeNum=%d\n", num);
+        createSchemeFileHandlers(num);
     }
     if (!DiskManager::isFileExist(SensorPaths::kOldSingleFile)) return 1;
     if (m_pUsrFileOperatorList.empty()) return 1;
@@ -332,6 +338,10 @@ int ISensorController::initSensorFilesHandler() {
     int num = 0;
     int ok = getParamSchemeNum(num);
     if (!ok) return 0;
+    return createSchemeFileHandlers(num);
+}
+
+int ISensorController::createSchemeFileHandlers(int num) {
     clearSchemeFiles();
     char name[256];
     for (int i = 0; i < num; ++i) {
@@ -342,7 +352,7 @@ int ISensorController::initSensorFilesHandler() {
         f->setVersion2(m_nConfigVersion2);
         m_pUsrFileOperatorList.push_back(f);
     }
-    return ok;
+    return 1;
 }
 
 int ISensorController::createSensorFile_Factory() {

@@ -307,6 +307,9 @@ protected:
     std::vector<ParamScheme*> m_pParamSchemeList;  // under m_GeneralMutex, and so is every record in it
     std::atomic<int> m_nCurrentParamScheme{-2};
     std::atomic<int> m_nParamMode{1};
+    // The pairs of the setParameters call in progress (under m_ParamMutex), kept
+    // between calls so that their storage is reused.
+    std::vector<std::pair<int, int>> m_requestPairs;
 
     // Index of the first enabled scheme whose window holds the current time of
     // day, from the records in memory; -1 (the factory set) when none does.
@@ -324,4 +327,12 @@ protected:
     // after initialisation and outside a reset).
     int setTimeChecked(int& target, int other, int value, const char* label);
     bool readGpio(int group, int pin, int& level);
+    // The driver step of setParameter for a pair the value cache does not hold:
+    // how the cache is to store it (SensorCache::Store*), or -1 when the driver
+    // refused it or the id is not registered (the failure is logged).
+    int sendParameter(int id, int value);
+    // isSensorSchemeFilesExist with the scheme count already read (numOk: its reading succeeded).
+    int schemeFilesExist(int numOk, int num);
+    // The scheme-file list of initSensorFilesHandler for `num` schemes.
+    int createSchemeFileHandlers(int num);
 };

@@ -6,49 +6,69 @@
 
 #include "core/ISensorController.h"
 #include "platform/DiskManager.h"
+#include "platform/SensorParameterParser.h"
 #include "storage/IdManager.h"
 #include "storage/ParamScheme.h"
 #include "storage/SensorCache.h"
 #include "storage/SensorConfigFile.h"
 #include "storage/SensorPaths.h"
 
-int ISensorController::setParameter(int id, int value) {
-    if (id == SensorConfigFile::VersionId || id == SensorConfigFile::Version2Id) return 1;
-    if (m_pSensorLastValueCache->isEqualToCache(id, value)) return 1;
+int ISensorController::sendParameter(int id, int value) {
     if (setParameterToSensor(id, value) != 1) {
         ErrorPrintf("setParameterToSensor (%d,%d) failed", id, value);
-        return 0;
+        return -1;
     }
     switch (m_pIdManager->getIdType(id)) {
         case IdManager::TypeSetOnly:
-            return 1;
+            return SensorCache::StoreNothing;
         case IdManager::TypeKeepDefault:
-            if (m_pSensorLastValueCache->isIdExist(id)) return 1;
-            // first write of a keep-default id: cache it like a common one
-            /* fall through */
+            // cached on its first write only
+            return SensorCache::StoreIfAbsent;
         case IdManager::TypeCommon:
         case IdManager::TypeEspecial:
-            if (!m_pSensorLastValueCache->setSensorValue(id, value)) {
-                ErrorPrintf("setValue to cache failed");
-                return 0;
-            }
-            return 1;
+            return SensorCache::StoreValue;
         default:
             ErrorPrintf("id type is unknow");
-            return 0;
+            return -1;
     }
+}
+
+int ISensorController::setParameter(int id, int value) {
+    if (id == SensorConfigFile::VersionId || id == SensorConfigFile::Version2Id) return 1;
+    if (m_pSensorLastValueCache->compareToCache(id, value) == SensorCache::Equal) return 1;
+    const int how = sendParameter(id, value);
+    if (how < 0) return 0;
+    if (how == SensorCache::StoreNothing) return 1;
+    if (how == SensorCache::StoreIfAbsent && m_pSensorLastValueCache->isIdExist(id)) return 1;
+    if (!m_pSensorLastValueCache->setSensorValue(id, value)) {
+        ErrorPrintf("setValue to cache failed");
+        return 0;
+    }
+    return 1;
 }
 
 int ISensorController::setParameters(const std::string& list) {
     KSMutexGuard lock(m_ParamMutex);
-    m_pSensorCache->clear();
-    m_pSensorCache->setSensorValues(list);
-    int id = 0, value = 0;
-    for (int more = m_pSensorCache->getFirstIdValue(id, value); more; more = m_pSensorCache->getNextIdValue(id, value)) {
-        if (!setParameter(id, value)) {
-            ErrorPrintf("setParameter (%d,%d) failed", id, value);
-            return id == INT_MIN ? INT_MAX : -id;  // INT_MIN has no negation
+    // The request cache holds the whole list before the first pair goes to the
+    // driver (a driver reads related values through getParameter); the pairs are
+    // walked from a copy, so that the driver runs without the caches' locks.
+    m_pSensorCache->replaceSensorValues(list, m_requestPairs);
+    // setParameter for each pair in turn, with one lock of the value cache per pair
+    // that goes to the driver: that lock stores the pair's value and skips the run
+    // of pairs after it that the cache holds already.
+    const SensorCache::Pairs& pairs = m_requestPairs;
+    size_t i = m_pSensorLastValueCache->skipEqual(pairs, 0);
+    while (i < pairs.size()) {
+        const int id = pairs[i].first, value = pairs[i].second;
+        int how = SensorCache::StoreNothing;  // the version pairs are neither sent nor cached
+        if (id != SensorConfigFile::VersionId && id != SensorConfigFile::Version2Id) {
+            how = sendParameter(id, value);
+            if (how < 0) {
+                ErrorPrintf("setParameter (%d,%d) failed", id, value);
+                return id == INT_MIN ? INT_MAX : -id;  // INT_MIN has no negation
+            }
         }
+        i = m_pSensorLastValueCache->storeAndSkip(id, value, how, pairs, i + 1);
     }
     return 0;
 }
@@ -154,30 +174,31 @@ int ISensorController::flush() {
             }
         }
     }
-    std::set<int> commonIds, especialIds;
-    m_pIdManager->getCommonIdList(commonIds);
-    m_pIdManager->getEspecialIdList(especialIds);
     // Ids without a value in the cache are left out of the files rather than
     // failing the whole flush.
-    std::string common, especial;
-    char item[32];
-    int value = 0;
-    for (int id : commonIds)
-        if (m_pSensorLastValueCache->getSensorValue(id, value)) {
-            std::snprintf(item, sizeof(item), "(%d,%d)", id, value);
-            common += item;
-        }
-    for (int id : especialIds)
-        if (m_pSensorLastValueCache->getSensorValue(id, value)) {
-            std::snprintf(item, sizeof(item), "(%d,%d)", id, value);
-            especial += item;
-        }
-    if (!m_pFactoryFile->modifyParameters(especial)) return 508;
+    SensorCache::Pairs commonPairs, especialPairs;
+    m_pSensorLastValueCache->collectSensorValues(m_pIdManager->commonIds(), commonPairs);
+    m_pSensorLastValueCache->collectSensorValues(m_pIdManager->especialIds(), especialPairs);
+    // The texts are made here, well formed, so the files take them without parsing
+    // them again; they only need to know whether a version pair is among them.
+    auto holdsVersion = [](const SensorCache::Pairs& pairs) {
+        return SensorParameterParser::findPair(pairs, SensorConfigFile::VersionId) != nullptr ||
+               SensorParameterParser::findPair(pairs, SensorConfigFile::Version2Id) != nullptr;
+    };
+    const bool especialVersion = holdsVersion(especialPairs);
+    std::string especial;
+    SensorParameterParser::createSensorParameterString(especialPairs, especial);
+    if (!m_pFactoryFile->modifyParameters(especialPairs)) return 508;
     if (selected) {
         if (scheme < 0 || static_cast<size_t>(scheme) >= m_pUsrFileOperatorList.size()) return 508;
-        if (!m_pUsrFileOperatorList[static_cast<size_t>(scheme)]->saveParametersToFile(common + especial)) return 508;
+        std::string all;
+        SensorParameterParser::createSensorParameterString(commonPairs, all);
+        all += especial;
+        if (!m_pUsrFileOperatorList[static_cast<size_t>(scheme)]->saveParameterList(
+                all, especialVersion || holdsVersion(commonPairs)))
+            return 508;
     }
-    return m_pEspecialFile->saveParametersToFile(especial) ? 0 : 508;
+    return m_pEspecialFile->saveParameterList(especial, especialVersion) ? 0 : 508;
 }
 
 int ISensorController::resetParameters() {

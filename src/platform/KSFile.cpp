@@ -69,20 +69,6 @@ int removeStaleTemps(const std::string& dir, const std::string* target) {
     return removed;
 }
 
-bool readFd(int fd, const std::string& path, std::string& out) {
-    char buf[4096];
-    for (;;) {
-        FsUtil::noteCall(FsUtil::CallRead, path);
-        ssize_t n = ::read(fd, buf, sizeof(buf));
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        if (n == 0) return true;
-        out.append(buf, static_cast<size_t>(n));
-    }
-}
-
 // True when the file at path holds exactly `data`.
 bool sameContent(const std::string& path, const std::string& data) {
     struct stat st {};
@@ -92,11 +78,27 @@ bool sameContent(const std::string& path, const std::string& data) {
     FsUtil::noteCall(FsUtil::CallOpen, path);
     int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
-    std::string cur;
-    cur.reserve(data.size());
-    bool ok = readFd(fd, path, cur);
+    // One byte more than expected is asked for, so that a file grown since the stat
+    // shows as different. A regular file answers a read short only at its end, so
+    // the usual case is a single read.
+    const size_t want = data.size() + 1;
+    std::string cur(want, '\0');
+    size_t got = 0;
+    bool ok = true;
+    while (got < want) {
+        const size_t asked = want - got;
+        FsUtil::noteCall(FsUtil::CallRead, path);
+        ssize_t n = ::read(fd, &cur[got], asked);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            ok = false;
+            break;
+        }
+        got += static_cast<size_t>(n);
+        if (static_cast<size_t>(n) < asked) break;  // the end of the file
+    }
     ::close(fd);
-    return ok && cur == data;
+    return ok && got == data.size() && cur.compare(0, got, data) == 0;
 }
 
 bool writeFd(int fd, const std::string& path, const char* p, size_t n) {

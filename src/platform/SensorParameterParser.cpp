@@ -1,12 +1,15 @@
 #include "platform/SensorParameterParser.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cstdint>
+
+#include "platform/IntFormat.h"
 
 namespace {
 
 inline bool isBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+    // Tab, LF, VT, FF and CR are 9-13; one comparison settles every printable character.
+    return static_cast<unsigned char>(c) <= ' ' && (c == ' ' || (c >= '\t' && c <= '\r'));
 }
 
 // The digit value of c, or a value above 9 for anything else (independent of char signedness).
@@ -28,12 +31,19 @@ inline const char* parseInt(const char* p, const char* e, int& out) {
     }
     if (p == e || digitOf(*p) > 9) return nullptr;
     const uint64_t limit = negative ? 2147483648ULL : 2147483647ULL;
-    uint64_t v = 0;
+    // Nine digits cannot pass the limit: they are read without the check.
+    uint32_t small = 0;
+    const char* const fast = e - p > 9 ? p + 9 : e;
     do {
+        small = small * 10 + digitOf(*p);
+        ++p;
+    } while (p != fast && digitOf(*p) <= 9);
+    uint64_t v = small;
+    while (p != e && digitOf(*p) <= 9) {
         v = v * 10 + digitOf(*p);
         if (v > limit) return nullptr;  // bounded: stops long before uint64 could overflow
         ++p;
-    } while (p != e && digitOf(*p) <= 9);
+    }
     out = negative ? static_cast<int>(-static_cast<int64_t>(v)) : static_cast<int>(v);
     return p;
 }
@@ -78,10 +88,46 @@ bool walkIds(const char* p, const char* e, Sink&& sink) {
     }
 }
 
-inline void appendInt(std::string& out, int v) {
-    char buf[16];
-    auto r = std::to_chars(buf, buf + sizeof(buf), v);
-    out.append(buf, static_cast<size_t>(r.ptr - buf));
+inline int keyOf(const std::pair<int, int>& p) { return p.first; }
+inline int keyOf(int id) { return id; }
+
+// Items appended at [head, end) of v, which is ascending and unique before head, are
+// merged into it: sorted by id (stable, so that for a repeated id the last item wins)
+// and merged over the older entries. Ascending items above the old last entry, the
+// common case, are left where they are.
+template <class T>
+void mergeAppended(std::vector<T>& v, size_t head) {
+    bool ascending = true;
+    for (size_t i = head; i < v.size(); ++i)
+        if (i > 0 && keyOf(v[i]) <= keyOf(v[i - 1])) {
+            ascending = false;
+            break;
+        }
+    if (ascending) return;
+    auto byKey = [](const T& a, const T& b) { return keyOf(a) < keyOf(b); };
+    auto first = v.begin() + static_cast<std::ptrdiff_t>(head);
+    std::stable_sort(first, v.end(), byKey);
+    auto w = first;  // keep the last of each run of equal ids
+    for (auto r = first; r != v.end(); ++r) {
+        if (w != first && keyOf(*(w - 1)) == keyOf(*r))
+            *(w - 1) = *r;
+        else
+            *w++ = *r;
+    }
+    v.erase(w, v.end());
+    if (head == 0) return;
+    std::vector<T> merged;
+    merged.reserve(v.size());
+    size_t i = 0, j = head;
+    while (i < head || j < v.size()) {
+        if (j == v.size() || (i < head && keyOf(v[i]) < keyOf(v[j]))) {
+            merged.push_back(v[i++]);
+        } else {
+            if (i < head && keyOf(v[i]) == keyOf(v[j])) ++i;  // the new item replaces the old one
+            merged.push_back(v[j++]);
+        }
+    }
+    v.swap(merged);
 }
 
 }  // namespace
@@ -103,11 +149,7 @@ bool SensorParameterParser::createSensorParameterString(const std::map<int, int>
     out.clear();
     out.reserve(params.size() * 16);
     for (const auto& kv : params) {
-        out.push_back('(');
-        appendInt(out, kv.first);
-        out.push_back(',');
-        appendInt(out, kv.second);
-        out.push_back(')');
+        IntFormat::appendPair(out, kv.first, kv.second);
     }
     return true;
 }
@@ -131,9 +173,45 @@ bool SensorParameterParser::createParameterIdListString(const std::set<int>& ids
     out.clear();
     out.reserve(ids.size() * 8);
     for (int id : ids) {
-        out.push_back('(');
-        appendInt(out, id);
-        out.push_back(')');
+        IntFormat::appendId(out, id);
     }
     return true;
+}
+
+bool SensorParameterParser::parseSensorParameter(const std::string& text, Pairs& out) {
+    const size_t head = out.size();
+    const char* b = text.data();
+    if (!walkPairs(b, b + text.size(), [&](int id, int value) { out.emplace_back(id, value); })) {
+        out.resize(head);
+        return false;
+    }
+    mergeAppended(out, head);
+    return true;
+}
+
+bool SensorParameterParser::parseParameterIdList(const std::string& text, std::vector<int>& out) {
+    const size_t head = out.size();
+    const char* b = text.data();
+    if (!walkIds(b, b + text.size(), [&](int id) { out.push_back(id); })) {
+        out.resize(head);
+        return false;
+    }
+    mergeAppended(out, head);
+    return true;
+}
+
+bool SensorParameterParser::createSensorParameterString(const Pairs& params, std::string& out) {
+    // Room for the longest items, written in place, then cut to what was written.
+    out.resize(params.size() * IntFormat::kMaxPairLength);
+    char* const begin = &out[0];
+    char* p = begin;
+    for (const auto& kv : params) p = IntFormat::writePair(p, kv.first, kv.second);
+    out.resize(static_cast<size_t>(p - begin));
+    return true;
+}
+
+const std::pair<int, int>* SensorParameterParser::findPair(const Pairs& pairs, int id) {
+    auto it = std::lower_bound(pairs.begin(), pairs.end(), id,
+                               [](const std::pair<int, int>& p, int key) { return p.first < key; });
+    return it != pairs.end() && it->first == id ? &*it : nullptr;
 }

@@ -2,6 +2,8 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 // Conversions of the parameter list text, the text form of (id, value) pairs:
 //     (3,50)(7,1)(-2,-2147483648)
@@ -16,6 +18,9 @@
 // malformed. No iostreams, no per-item allocation beyond the container's own.
 class SensorParameterParser {
 public:
+    // Pairs as a flat list, ascending by id, one pair per id.
+    using Pairs = std::vector<std::pair<int, int>>;
+
     // Text to pairs; a later item for the same id overwrites an earlier one.
     static bool parseSensorParameter(const std::string& text, std::map<int, int>& out);
 
@@ -27,4 +32,14 @@ public:
     static bool parseParameterIdList(const std::string& text, std::set<int>& out);
     // A set of ids to the id-list form; `out` is replaced.
     static bool createParameterIdListString(const std::set<int>& ids, std::string& out);
+
+    // The same conversions on flat lists, in one pass over the text. The parsers add
+    // into `out` (later items overwrite earlier pairs of the same id) and keep it
+    // ascending and unique; text in ascending order, as the writer makes it, costs no
+    // sorting. A malformed text leaves `out` as it was.
+    static bool parseSensorParameter(const std::string& text, Pairs& out);
+    static bool parseParameterIdList(const std::string& text, std::vector<int>& out);
+    static bool createSensorParameterString(const Pairs& params, std::string& out);
+    // The pair of `id` in `pairs`, or nullptr.
+    static const std::pair<int, int>* findPair(const Pairs& pairs, int id);
 };

@@ -1,5 +1,7 @@
 #include "storage/IdManager.h"
 
+#include <algorithm>
+
 std::set<int>* IdManager::setOf(int type) {
     switch (type) {
         case TypeCommon: return &m_commonIds;
@@ -11,16 +13,42 @@ std::set<int>* IdManager::setOf(int type) {
 }
 
 void IdManager::addParameterId(int type, int id) {
-    if (std::set<int>* s = setOf(type)) s->insert(id);
+    if (std::set<int>* s = setOf(type)) {
+        s->insert(id);
+        noteType(id);
+    }
 }
 
 void IdManager::addParameterId(int type, int firstId, int lastId) {
     std::set<int>* s = setOf(type);
     if (s == nullptr || lastId < firstId) return;
-    for (long long id = firstId; id <= lastId; ++id) s->insert(s->end(), static_cast<int>(id));
+    for (long long id = firstId; id <= lastId; ++id) {
+        s->insert(s->end(), static_cast<int>(id));
+        noteType(static_cast<int>(id));
+    }
+}
+
+void IdManager::noteType(int id) {
+    const int type = typeFromSets(id);
+    if (m_types.empty() || m_types.back().first < id) {  // ascending registration: appended
+        m_types.emplace_back(id, type);
+        return;
+    }
+    auto it = std::lower_bound(m_types.begin(), m_types.end(), id,
+                               [](const std::pair<int, int>& p, int key) { return p.first < key; });
+    if (it != m_types.end() && it->first == id)
+        it->second = type;
+    else
+        m_types.emplace(it, id, type);
 }
 
 int IdManager::getIdType(int id) const {
+    auto it = std::lower_bound(m_types.begin(), m_types.end(), id,
+                               [](const std::pair<int, int>& p, int key) { return p.first < key; });
+    return it != m_types.end() && it->first == id ? it->second : TypeUnknown;
+}
+
+int IdManager::typeFromSets(int id) const {
     if (m_keepDefaultIds.count(id)) return TypeKeepDefault;
     if (m_commonIds.count(id)) return TypeCommon;
     if (m_especialIds.count(id)) return TypeEspecial;

@@ -1,5 +1,7 @@
 #pragma once
 #include <set>
+#include <utility>
+#include <vector>
 
 // Registry of the parameter ids a controller supports and how the parameter
 // pipeline treats each: 1 common (cached, persisted), 2 especial (like common,
@@ -18,13 +20,22 @@ public:
     int getEspecialIdList(std::set<int>& out) const;
     int getSetOnlyIdList(std::set<int>& out) const;
     int getKeepDefaultValueList(std::set<int>& out) const;
+    // The registered ids of a type, without a copy. The registry is filled while the
+    // controller is built and read-only afterwards.
+    const std::set<int>& commonIds() const { return m_commonIds; }
+    const std::set<int>& especialIds() const { return m_especialIds; }
 
 private:
     std::set<int>* setOf(int type);
     static int copyInto(const std::set<int>& from, std::set<int>& out);
+    // The type getIdType gives from the sets, kept in m_types.
+    int typeFromSets(int id) const;
+    void noteType(int id);
 
     std::set<int> m_commonIds;
     std::set<int> m_especialIds;
     std::set<int> m_setOnlyIds;
     std::set<int> m_keepDefaultIds;
+    // (id, type) ascending by id: getIdType in one search on the parameter path.
+    std::vector<std::pair<int, int>> m_types;
 };

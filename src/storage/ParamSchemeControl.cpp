@@ -41,7 +41,11 @@ int ISensorController::getParamSchemeNum(int& p_nSchemeNum) {
 int ISensorController::isSensorSchemeFilesExist() {
     int num = 0;
     int ok = getParamSchemeNum(num);
-    if (!ok || num < 1) return ok;
+    return schemeFilesExist(ok, num);
+}
+
+int ISensorController::schemeFilesExist(int numOk, int num) {
+    if (!numOk || num < 1) return numOk;
     char name[256];
     for (int i = 0; i < num; ++i) {
         std::snprintf(name, sizeof(name), "%s%d.cfg", SensorPaths::kSchemePrefix, i);
@@ -75,8 +79,10 @@ int ISensorController::resetSchemeFiles() {
 int ISensorController::loadSchemeParamToMemory() {
     std::vector<ParamScheme*> records;
     for (SensorConfigFile* file : m_pUsrFileOperatorList) {
+        // The five window ids 500-504 from one read of the file; a missing one stays 0.
+        static const int kWindowIds[5] = {500, 501, 502, 503, 504};
         int v[5] = {0, 0, 0, 0, 0};
-        for (int k = 0; k < 5; ++k) file->readParameterById(500 + k, v[k]);
+        file->readParametersByIds(kWindowIds, v, 5);
         ParamScheme* s = new ParamScheme();
         s->setEnableFlag(v[0]);
         s->setStartTime(100 * v[1] + 10 * v[2]);

@@ -1,8 +1,8 @@
 #include "storage/SensorConfigFile.h"
 
 #include <cstdio>
-#include <vector>
 
+#include "platform/IntFormat.h"
 #include "platform/KSFile.h"
 #include "platform/SensorParameterParser.h"
 
@@ -20,21 +20,65 @@ int SensorConfigFile::setVersion2(int version) {
     return 1;
 }
 
-int SensorConfigFile::readParametersFromFile(std::string& text) {
-    KSMutexGuard lock(m_mutex);
+int SensorConfigFile::readBytesLocked(std::string& bytes) {
     KSFile file;
     if (!file.open(m_strFilePath, KSFile::ModeRead)) return 0;
     long long length = file.getLength();
     if (length < 0) return 0;
-    // One byte more than the file, zero-filled, so the text ends at the first zero byte.
-    std::vector<char> buffer(static_cast<size_t>(length) + 1, '\0');
-    long long got = file.read(buffer.data(), length);
+    bytes.assign(static_cast<size_t>(length), '\0');
+    long long got = file.read(&bytes[0], length);
     if (got != length) {
         std::printf("________read file(%s) failed\n", m_strFilePath.c_str());
         return 0;
     }
-    text.append(buffer.data());
     return 1;
+}
+
+bool SensorConfigFile::parseBytesLocked(const std::string& bytes) {
+    m_pairs.clear();
+    // The text ends at the first zero byte.
+    if (bytes.find('\0') != std::string::npos)
+        return SensorParameterParser::parseSensorParameter(std::string(bytes.c_str()), m_pairs);
+    return SensorParameterParser::parseSensorParameter(bytes, m_pairs);
+}
+
+int SensorConfigFile::readParametersFromFile(std::string& text) {
+    KSMutexGuard lock(m_mutex);
+    std::string bytes;
+    if (!readBytesLocked(bytes)) return 0;
+    if (text.empty() && bytes.find('\0') == std::string::npos)
+        text.swap(bytes);
+    else
+        text.append(bytes.c_str());
+    return 1;
+}
+
+int SensorConfigFile::readParametersByIds(const int* ids, int* values, int count) {
+    KSMutexGuard lock(m_mutex);
+    std::string bytes;
+    if (!readBytesLocked(bytes)) return 0;
+    if (!parseBytesLocked(bytes)) return 0;
+    for (int k = 0; k < count; ++k)
+        if (const std::pair<int, int>* p = SensorParameterParser::findPair(m_pairs, ids[k])) values[k] = p->second;
+    return 1;
+}
+
+void SensorConfigFile::compareVersions(int version, int version2, int& equal, int& equal2) {
+    const int ids[2] = {VersionId, Version2Id};
+    const int expected[2] = {version, version2};
+    int stored[2] = {0, 0};
+    int* results[2] = {&equal, &equal2};
+    equal = equal2 = 0;
+    KSMutexGuard lock(m_mutex);
+    std::string bytes;
+    if (!readBytesLocked(bytes)) return;
+    if (!parseBytesLocked(bytes)) return;
+    for (int k = 0; k < 2; ++k) {
+        const std::pair<int, int>* p = SensorParameterParser::findPair(m_pairs, ids[k]);
+        if (p == nullptr) continue;
+        stored[k] = p->second;
+        *results[k] = (stored[k] == VersionWildcard || stored[k] == expected[k]) ? 1 : 0;
+    }
 }
 
 int SensorConfigFile::readParametersFromFile(std::map<int, int>& values) {
@@ -52,32 +96,19 @@ int SensorConfigFile::readParameterById(int id, int& value) {
     return 1;
 }
 
-int SensorConfigFile::saveParametersToFile(const std::string& text) {
-    KSMutexGuard lock(m_mutex);
-    KSFile file;
-    if (!file.open(m_strFilePath, KSFile::ModeWrite)) {
-        std::printf("________open file(%s) failed\n", m_strFilePath.c_str());
-        return 0;
-    }
-    std::map<int, int> values;
-    if (!SensorParameterParser::parseSensorParameter(text, values)) {
-        // Nothing is committed: the old file stays as it was.
-        file.discard();
-        return 0;
-    }
-    std::string out = text;
-    if (!values.count(VersionId) && !values.count(Version2Id)) {
-        char item[32];
-        if (m_nVersion != VersionUnset) {
-            std::snprintf(item, sizeof(item), "(%d,%d)", VersionId, m_nVersion);
-            out += item;
-        }
-        if (m_nVersion2 != VersionUnset) {
-            std::snprintf(item, sizeof(item), "(%d,%d)", Version2Id, m_nVersion2);
-            out += item;
-        }
-    }
-    if (file.write(out.data(), static_cast<long long>(out.size())) == -1) {
+bool SensorConfigFile::openForWrite(KSFile& file) {
+    if (file.open(m_strFilePath, KSFile::ModeWrite)) return true;
+    std::printf("________open file(%s) failed\n", m_strFilePath.c_str());
+    return false;
+}
+
+void SensorConfigFile::appendVersions(std::string& out) const {
+    if (m_nVersion != VersionUnset) IntFormat::appendPair(out, VersionId, m_nVersion);
+    if (m_nVersion2 != VersionUnset) IntFormat::appendPair(out, Version2Id, m_nVersion2);
+}
+
+int SensorConfigFile::writeContent(KSFile& file, const std::string& content) {
+    if (file.write(content.data(), static_cast<long long>(content.size())) == -1) {
         file.discard();
         std::printf("________write file (%s) failed\n", m_strFilePath.c_str());
         return 0;
@@ -87,6 +118,32 @@ int SensorConfigFile::saveParametersToFile(const std::string& text) {
         return 0;
     }
     return 1;
+}
+
+int SensorConfigFile::saveParametersToFile(const std::string& text) {
+    KSMutexGuard lock(m_mutex);
+    KSFile file;
+    if (!openForWrite(file)) return 0;
+    m_pairs.clear();
+    if (!SensorParameterParser::parseSensorParameter(text, m_pairs)) {
+        // Nothing is committed: the old file stays as it was.
+        file.discard();
+        return 0;
+    }
+    std::string out = text;
+    if (!SensorParameterParser::findPair(m_pairs, VersionId) && !SensorParameterParser::findPair(m_pairs, Version2Id))
+        appendVersions(out);
+    return writeContent(file, out);
+}
+
+int SensorConfigFile::saveParameterList(const std::string& text, bool holdsVersion) {
+    KSMutexGuard lock(m_mutex);
+    KSFile file;
+    if (!openForWrite(file)) return 0;
+    if (holdsVersion) return writeContent(file, text);
+    std::string out = text;
+    appendVersions(out);
+    return writeContent(file, out);
 }
 
 int SensorConfigFile::saveParametersToFile(const std::map<int, int>& values) {
@@ -111,6 +168,33 @@ int SensorConfigFile::modifyParameters(const std::map<int, int>& given) {
         if (it != values.end()) it->second = kv.second;
     }
     return saveParametersToFile(values);
+}
+
+int SensorConfigFile::modifyParameters(const Pairs& given) {
+    KSMutexGuard lock(m_mutex);
+    std::string bytes;
+    if (!readBytesLocked(bytes)) return 0;
+    if (!parseBytesLocked(bytes)) return 0;
+    // Both lists ascend: one walk applies the given values to the ids the file has.
+    auto at = m_pairs.begin();
+    for (const std::pair<int, int>& kv : given) {
+        if (kv.first == VersionId || kv.first == Version2Id) continue;
+        while (at != m_pairs.end() && at->first < kv.first) ++at;
+        if (at == m_pairs.end()) break;
+        if (at->first == kv.first) at->second = kv.second;
+    }
+    std::string out;
+    SensorParameterParser::createSensorParameterString(m_pairs, out);
+    if (!SensorParameterParser::findPair(m_pairs, VersionId) && !SensorParameterParser::findPair(m_pairs, Version2Id))
+        appendVersions(out);
+    KSFile file;
+    if (!openForWrite(file)) return 0;
+    if (out == bytes) {
+        // The file holds these bytes already: nothing to replace.
+        file.discard();
+        return 1;
+    }
+    return writeContent(file, out);
 }
 
 int SensorConfigFile::modifyParameters(const std::string& text) {
