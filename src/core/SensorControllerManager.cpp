@@ -12,6 +12,7 @@ bool printOn() { return GlobalEnv::getInstance()->getPrintFlag(); }
 SensorControllerManager::SensorControllerManager() = default;
 
 SensorControllerManager::~SensorControllerManager() {
+    m_pOwnController.reset();
     releaseController();
     m_pGPIO.reset();
     m_pUARTController.reset();
@@ -21,6 +22,10 @@ void SensorControllerManager::setUARTController(const SafePointer<IUARTControlle
 
 void SensorControllerManager::setGPIO(const SafePointer<IGPIO>& gpio) { m_pGPIO = gpio; }
 
+void SensorControllerManager::setSensorController(const SafePointer<ISensorController>& controller) {
+    m_pOwnController = controller;
+}
+
 void SensorControllerManager::releaseController() {
     if (!m_pSensorController.isNull()) m_pSensorController->stopWorker();
     m_pSensorController.reset();
@@ -29,8 +34,14 @@ void SensorControllerManager::releaseController() {
 void SensorControllerManager::init(int sensorType, const VideoResolution& res, const ModuleConfigure& cfg) {
     int moduleId = cfg.getModuleId();
     releaseController();  // a second init replaces the controller of the first
-    m_pSensorController = SenseControllerFactory::create(moduleId);
-    if (moduleId == 0) return;
+    if (!m_pOwnController.isNull()) {
+        // The application's own controller: brought up whatever the module id.
+        m_pSensorController = m_pOwnController;
+        m_pOwnController.reset();
+    } else {
+        m_pSensorController = SenseControllerFactory::create(moduleId);
+        if (moduleId == 0) return;
+    }
     m_pSensorController->setOperator(m_pUARTController, m_pGPIO);
     if (!m_pSensorController->init(sensorType, cfg, res)) {
         if (printOn()) std::puts("SensorControllerManager::initController error");
