@@ -19,6 +19,18 @@
 
 using namespace testutil;
 
+namespace {
+// The far end reads the line settings on its own thread: waits (bounded, in
+// real time) until it has seen the given baud, so a loaded machine does not
+// fail the check.
+bool waitForLineBaud(SimViscaModule& module, int baud) {
+    auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (module.getLineBaud() != baud && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return module.getLineBaud() == baud;
+}
+}  // namespace
+
 TEST(ViscaOverPty, ControllerDrivesTheModuleThroughTheRealSerialPort) {
     TempRoot root;
     SimViscaModule module;
@@ -60,15 +72,14 @@ TEST(ViscaOverPty, ControllerDrivesTheModuleThroughTheRealSerialPort) {
 
     // The port at another baud than the module: nothing intelligible comes back.
     ASSERT_EQ(1, port->setParameter(ctl.getUARTPort(), 19200, 8, 1, 0));
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(19200, module.getLineBaud());
+    EXPECT_TRUE(waitForLineBaud(module, 19200)) << module.getLineBaud();
     int index = -1;
     testing::internal::CaptureStdout();
     EXPECT_EQ(0, ctl.getCameraBaudRate(index));
     out = testing::internal::GetCapturedStdout();
     EXPECT_NE(std::string::npos, out.find("getCameraBaudRate szRecvBuf error"));
     ASSERT_EQ(1, port->setParameter(ctl.getUARTPort(), 9600, 8, 1, 0));
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_TRUE(waitForLineBaud(module, 9600)) << module.getLineBaud();
     EXPECT_EQ(1, ctl.getCameraBaudRate(index));
     EXPECT_EQ(0, index);
     far.stop();
