@@ -11,6 +11,7 @@
 #include "platform/DiskManager.h"
 #include "platform/KSFile.h"
 #include "platform/ModuleParameterParser.h"
+#include "platform/SensorParameterParser.h"
 #include "platform/SySystem.h"
 #include "storage/ControllerIdTable.h"
 #include "storage/IdManager.h"
@@ -323,14 +324,23 @@ int ISensorController::initConfigFile() {
     }
     if (!DiskManager::isFileExist(SensorPaths::kOldSingleFile)) return 1;
     if (m_pUsrFileOperatorList.empty()) return 1;
+    // The old single file becomes the first scheme's file and gains the factory set's
+    // parameters. The merged file replaces the scheme file (atomically) before the old
+    // file is removed, so a power cut at any moment leaves either the old file, which the
+    // next start merges again, or the merged scheme file; never the old file's bytes
+    // unmerged under the scheme file's name.
     char command[1024];
     std::snprintf(command, sizeof(command), "mv %s.cfg %s", SensorPaths::kSchemePrefix,
                   m_pUsrFileOperatorList[0]->getFilePath().c_str());
     std::printf("command: %s\n", command);
+    std::string factoryText;
+    m_pFactoryFile->readParametersFromFile(factoryText);
+    std::map<int, int> factory;
+    SensorParameterParser::parseSensorParameter(factoryText, factory);
+    SensorConfigFile oldFile(SensorPaths::kOldSingleFile);
+    if (!m_pUsrFileOperatorList[0]->modifyIdUnEqualParametersFrom(oldFile, factory)) return 1;
+    std::snprintf(command, sizeof(command), "rm %s", SensorPaths::kOldSingleFile);
     sy_system(command, 30);
-    std::string factory;
-    m_pFactoryFile->readParametersFromFile(factory);
-    m_pUsrFileOperatorList[0]->modifyIdUnEqualParameters(factory);
     return 1;
 }
 

@@ -64,6 +64,8 @@ int runBuiltin(const std::vector<std::string>& w) {
     bool force = w.size() == 3;
     std::string p = PlatformRoot::resolve(w.back());
     if (::unlink(p.c_str()) != 0) return (force && errno == ENOENT) ? 0 : 1;
+    // The removal is on disk before the command returns, as mv's rename is.
+    FsUtil::syncDir(FsUtil::dirName(p));
     FileChangeObserver::notify(p);
     return 0;
 }

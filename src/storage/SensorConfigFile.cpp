@@ -206,6 +206,16 @@ int SensorConfigFile::modifyParameters(const std::string& text) {
 int SensorConfigFile::modifyIdUnEqualParameters(const std::map<int, int>& given) {
     std::map<int, int> current;
     readParametersFromFile(current);  // a missing file is rebuilt from the given set alone
+    return saveIdUnEqualParameters(current, given);
+}
+
+int SensorConfigFile::modifyIdUnEqualParametersFrom(SensorConfigFile& source, const std::map<int, int>& given) {
+    std::map<int, int> current;
+    source.readParametersFromFile(current);
+    return saveIdUnEqualParameters(current, given);
+}
+
+int SensorConfigFile::saveIdUnEqualParameters(const std::map<int, int>& current, const std::map<int, int>& given) {
     std::map<int, int> result;
     for (const auto& kv : given) {
         auto it = current.find(kv.first);

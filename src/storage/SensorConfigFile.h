@@ -34,6 +34,11 @@ public:
     int modifyParameters(const std::string& text);
     int modifyIdUnEqualParameters(const std::map<int, int>& values);
     int modifyIdUnEqualParameters(const std::string& text);
+    // The same with the current values read from `source` instead of this file
+    // (a source that cannot be read counts as empty): this file is replaced, in
+    // one atomic step, by the pairs of `values`, each keeping the value `source`
+    // holds for its id. `source` is left as it is.
+    int modifyIdUnEqualParametersFrom(SensorConfigFile& source, const std::map<int, int>& values);
     int isVersionEqual(int version);
     int isVersion2Equal(int version);
 
@@ -63,6 +68,7 @@ private:
     bool openForWrite(KSFile& file);
     // Writes the content and commits it, printing the failure.
     int writeContent(KSFile& file, const std::string& content);
+    int saveIdUnEqualParameters(const std::map<int, int>& current, const std::map<int, int>& given);
 
     int m_nVersion = VersionUnset;
     int m_nVersion2 = VersionUnset;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "doubles/ControllerRig.h"
+#include "platform/KSFile.h"
 #include "platform/SensorParameterParser.h"
 #include "storage/ParamScheme.h"
 #include "storage/SensorConfigFile.h"
@@ -690,4 +691,35 @@ TEST_F(ControllerInitTest, DebugDumpRunsEveryThirdCycleWhileTheSignExists) {
     EXPECT_EQ(3u, testutil::countSubstr(out, "m_pParamSchemeList[1]: nEnable(0) 0 -- 2400 \n\n"));
     EXPECT_EQ(3u, testutil::countSubstr(out, std::string(75, '-') + "\n"));
     (void)c;
+}
+
+// A power cut during the migration must leave either the old file (merged again at the
+// next start) or the merged scheme file: the merge is written before the old file goes.
+TEST_F(ControllerInitTest, OldSingleFileMigrationSurvivesACutBeforeTheOldFileGoes) {
+    testutil::writeSchemeCount(rig.root, 2);
+    rig.make();
+    ASSERT_EQ(1, rig.init());
+    rig.ctl.reset();
+    rig.root.write(kOldFile, "(1,5)(2,6)(99,1)");
+    // The cut: no file replacement gets past its temporary file.
+    KSFile::simulateCrashBeforeRename(true);
+    rig.make();
+    testing::internal::CaptureStdout();
+    rig.init();
+    testing::internal::GetCapturedStdout();
+    KSFile::simulateCrashBeforeRename(false);
+    rig.ctl.reset();
+    // Nothing was merged, so the old file is still there and scheme 0 is not its bytes.
+    ASSERT_TRUE(rig.root.exists(kOldFile));
+    EXPECT_NE(rig.root.read(kScheme0), "(1,5)(2,6)(99,1)");
+    // The next start merges it.
+    rig.make();
+    testing::internal::CaptureStdout();
+    ASSERT_EQ(1, rig.init());
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(rig.root.exists(kOldFile));
+    std::map<int, int> expected = readPairs(rig.root, kFactory);
+    expected[1] = 5;
+    expected[2] = 6;
+    EXPECT_EQ(expected, readPairs(rig.root, kScheme0));
 }
