@@ -1,7 +1,7 @@
 # Front door for the usual commands; see README.md.
 PRESET ?= dev
 .PHONY: setup build test demo asan tsan release bench bench-count clean setup-arm test-arm test-armhf test-aarch64 \
-	setup-fuzz fuzz-build fuzz fuzz-merge
+	setup-fuzz fuzz-build fuzz fuzz-merge powercut
 
 setup:
 	@scripts/setup
@@ -83,6 +83,16 @@ fuzz-merge: fuzz-build
 	  rm -f fuzz/corpus/$$t/* && cp build/fuzz/merged/$$t/* fuzz/corpus/$$t/; \
 	  echo "fuzz-merge: $$t: $$(ls fuzz/corpus/$$t | wc -l) inputs"; \
 	done
+
+# Power cuts (tools/powercut/main.cpp): the simulator camera as the writer, killed at
+# POWERCUT_CUTS random moments, every other cut with the unsynced writes dropped. The dev
+# build: the writer runs with an LD_PRELOAD shim, which the sanitizer runtimes do not allow.
+POWERCUT_CUTS ?= 1000
+POWERCUT_SEED ?= 1
+
+powercut:
+	@$(MAKE) --no-print-directory build PRESET=dev
+	@build/dev/tools/powercut --cuts $(POWERCUT_CUTS) --seed $(POWERCUT_SEED)
 
 clean:
 	rm -rf build
