@@ -4,8 +4,11 @@
 #include <cstdlib>
 #include <ctime>
 #include <map>
+#include <csignal>
 #include <sstream>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include "camsim/CommandLine.h"
@@ -68,17 +71,95 @@ bool resolveId(const std::string& word, int& id) {
     return parameterIdByName(word, id);
 }
 
+// Set by Ctrl-C (SIGINT); a run stops at its next step, input reading returns.
+volatile std::sig_atomic_t g_interrupted = 0;
+
+// Lens moves (43-53) are actions, not settings: nothing of them is saved.
+bool isAction(int id) { return id >= 43 && id <= 53; }
+
+std::string windowText(int hours, int tens) {
+    char buf[32];
+    std::snprintf(buf, sizeof(buf), "%02d:%02d", hours, tens * 10);
+    return buf;
+}
+
 }  // namespace
+
+void CamSim::interrupt() { g_interrupted = 1; }
 
 CamSim::CamSim() = default;
 
 CamSim::~CamSim() { stop(); }
 
-void CamSim::say(const std::string& text) { std::fprintf(out(), "%s\n", text.c_str()); }
+void CamSim::say(const std::string& text) { std::fprintf(out(), "%s\n", printable(text).c_str()); }
 
 void CamSim::error(const std::string& text) {
     ++m_nErrors;
-    std::fprintf(out(), "error: %s\n", text.c_str());
+    std::fprintf(out(), "error: %s\n", printable(text).c_str());
+}
+
+std::string CamSim::unsavedText() const { return describeList(m_unsaved); }
+
+void CamSim::warnUnsaved(const char* how) {
+    if (m_unsaved.empty()) return;
+    say(std::string("warning: ") + how + " with values set and not saved: " + unsavedText() +
+        " ('flush' saves them; 'quit!' leaves without this warning)");
+}
+
+void CamSim::leave() {
+    if (!m_bQuitForced && !m_bQuitWarned) warnUnsaved("leaving");
+}
+
+bool CamSim::lockRoot() {
+    const std::string path = m_strRoot + "/.camsim.lock";
+    m_nLockFd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (m_nLockFd < 0) {
+        std::fprintf(stderr, "camsim: cannot open the lock file %s\n", path.c_str());
+        return false;
+    }
+    if (::flock(m_nLockFd, LOCK_EX | LOCK_NB) != 0) {
+        char buf[32] = {0};
+        ssize_t n = ::pread(m_nLockFd, buf, sizeof(buf) - 1, 0);
+        std::string holder = n > 0 ? trim(std::string(buf, static_cast<size_t>(n))) : std::string("?");
+        std::fprintf(stderr,
+                     "camsim: the root %s is in use by camsim process %s (lock file %s); two cameras on one root "
+                     "would overwrite each other's files\n",
+                     m_strRoot.c_str(), holder.c_str(), path.c_str());
+        ::close(m_nLockFd);
+        m_nLockFd = -1;
+        return false;
+    }
+    const std::string pid = std::to_string(static_cast<long long>(::getpid())) + "\n";
+    if (::ftruncate(m_nLockFd, 0) != 0 || ::pwrite(m_nLockFd, pid.data(), pid.size(), 0) < 0)
+        std::fprintf(stderr, "camsim: cannot write the process id into %s\n", path.c_str());
+    return true;
+}
+
+void CamSim::restoreSchemeChoice(bool known, int mode, int index) {
+    // As the camera application does: the library's own reading of the file
+    // (getParamSchemeModeFromFile, getParamSchemeFromFile) where camsim could
+    // not read it before the start.
+    if (!known) {
+        known = m_controller->getParamSchemeModeFromFile(mode) && m_controller->getParamSchemeFromFile(index);
+        m_capture.take();
+    }
+    if (!known) {
+        error("the saved scheme mode and scheme could not be read from " + std::string(SensorPaths::kSchemeStateFile) +
+              " (the library's reason: 'logs console'); 'repair' recreates the file");
+        return;
+    }
+    if (!m_controller->setParamMode(mode)) {
+        m_capture.take();
+        error("the saved scheme mode " + std::to_string(mode) + " could not be restored ('repair' recreates " +
+              SensorPaths::kSchemeStateFile + ")");
+        return;
+    }
+    if (mode == 0 && !m_controller->setParamScheme(index))
+        error("the saved scheme " + std::to_string(index) + " could not be restored");
+    m_capture.take();
+    m_pMonitor->poll();
+    say(std::string("camsim: restored from sensor.xml: scheme mode ") + (mode != 0 ? "auto" : "manual") +
+        (mode == 0 ? ", scheme " + std::to_string(index) : std::string()));
 }
 
 std::string CamSim::deviceTimeText() const {
@@ -97,6 +178,7 @@ bool CamSim::start(const Options& options) {
         std::fprintf(stderr, "camsim: %s\n", problem.c_str());
         return false;
     }
+    if (!lockRoot()) return false;
     PlatformRoot::set(m_strRoot);
 
     // The camera's clock is virtual: it starts at the host's local time (or the
@@ -112,12 +194,18 @@ bool CamSim::start(const Options& options) {
 
     std::vector<std::string> written;
     bool fresh = false;
-    if (!installDefaults(written, fresh, problem)) {
+    if (!installDefaults(written, fresh, problem, options.resetRoot)) {
         error(problem);
+        return false;
+    }
+    if (!checkSampleFiles(problem)) {
+        error(problem + "; 'camsim --root " + m_strRoot +
+              " --reset-root' rewrites camsim's sample files (the library's own files are kept)");
         return false;
     }
     say("camsim: root " + m_strRoot +
         (fresh ? " (new: fisheye sample configuration installed, " + std::to_string(written.size()) + " files)"
+               : options.resetRoot ? " (existing, camsim's sample files rewritten: " + std::to_string(written.size()) + ")"
                : written.empty() ? " (existing)"
                                  : " (existing, " + std::to_string(written.size()) + " missing files restored)"));
 
@@ -146,6 +234,14 @@ bool CamSim::start(const Options& options) {
     // system is set). It runs on this thread, which drives the virtual clock:
     // its waits are the passing of that time, released in order, so the
     // start-up takes the same virtual time however busy the machine is.
+    // An empty or foreign factory file makes the library rebuild every scheme
+    // from factory values; say so, it is not a routine start.
+    std::string factory;
+    const bool factoryThere = !fresh && KSFile::readAll(SensorPaths::kFactoryFile, factory);
+    // The library's first cycle rewrites sensor.xml with what is in force
+    // then: the saved choice is read before.
+    int savedMode = 1, savedIndex = 0;
+    const bool haveChoice = !fresh && readSchemeChoice(savedMode, savedIndex);
     m_pManager->init(0, VideoResolution(1920, 1080), module);
     m_controller = m_pManager->getSensorController();
     std::vector<std::string> initLines = m_capture.take();
@@ -156,10 +252,24 @@ bool CamSim::start(const Options& options) {
     }
     m_bStarted = true;
     PlatformClock::waitForSleepers(1, kSettleMs);  // the day/night worker has run its first cycle
-    m_pMonitor->setController(m_controller);
+    // A fresh root's schemes are set up below: the factory window in force now
+    // is no news.
+    m_pMonitor->setController(m_controller, !fresh);
     m_pMonitor->poll();
+    std::string rebuilt;
+    for (const std::string& f : m_pMonitor->lastFiles())
+        if (f.find("/sensor") != std::string::npos && f.size() > 4 && f.compare(f.size() - 4, 4, ".cfg") == 0)
+            rebuilt += (rebuilt.empty() ? "" : ", ") + f.substr(f.rfind('/') + 1);
+    if (factoryThere && rebuilt.find("sensor_Factory.cfg") != std::string::npos)
+        say(std::string("warning: ") + SensorPaths::kFactoryFile +
+            (trim(factory).empty() ? " was empty" : " has a version stamp that is not this library's") +
+            ": the library took it for another version and rebuilt the factory set and the scheme files from "
+            "factory values (" + rebuilt + "); values saved before and camsim's scheme windows are gone");
 
-    if (fresh) configureSchemes();
+    if (fresh)
+        configureSchemes();
+    else
+        restoreSchemeChoice(haveChoice, savedMode, savedIndex);
 
     ISensorController* controller = m_controller.get();
     m_pIspThread.reset(new GThread(
@@ -196,6 +306,10 @@ void CamSim::stop() {
         PlatformClock::useReal();
     }
     m_bStarted = false;
+    if (m_nLockFd >= 0) {
+        ::close(m_nLockFd);
+        m_nLockFd = -1;
+    }
 }
 
 void CamSim::configureSchemes() {
@@ -225,7 +339,7 @@ void CamSim::configureSchemes() {
     m_pMonitor->poll();
     m_pMonitor->setQuiet(false);
     // One cycle of the worker puts the scheme of the present time in force.
-    advance(1000, false);
+    advance(1000, true);
     m_capture.take();
 }
 
@@ -234,7 +348,13 @@ void CamSim::tickerLoop() {
         std::this_thread::sleep_for(std::chrono::milliseconds(250));
         std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
         if (m_bTickerStop.load()) break;
+        const int before = m_pMonitor->printedLines();
         advance(250, true);
+        // Lines printed while the user is at the prompt: give the prompt back.
+        if (m_bAtPrompt.load() && m_pMonitor->printedLines() != before) {
+            std::fprintf(out(), "camsim> ");
+            std::fflush(out());
+        }
     }
 }
 
@@ -247,6 +367,14 @@ void CamSim::advance(int64_t ms, bool printEvents) {
     const auto began = std::chrono::steady_clock::now();
     auto drawn = began;
     for (int64_t left = ms; left > 0;) {
+        if (g_interrupted && printEvents) {
+            g_interrupted = 0;
+            clearProgress();
+            say("interrupted (Ctrl-C) after " + std::to_string((ms - left) / 1000) + " s of " +
+                std::to_string(ms / 1000) + " s; device time " + deviceTimeText());
+            if (!m_bFromInput) m_bStopScript = true;
+            break;
+        }
         int64_t step = left < 1000 ? left : 1000;
         PlatformClock::waitForSleepers(m_nSleepers, kSettleMs);
         PlatformClock::advanceMs(step);
@@ -301,6 +429,8 @@ bool CamSim::applyList(const std::string& list, const std::string& what) {
     int r = m_controller->setParameters(list);
     std::vector<std::string> lines = m_capture.take();
     if (r == 0) {
+        for (const auto& kv : values)
+            if (!isAction(kv.first)) m_unsaved[kv.first] = kv.second;
         say("ok: " + (what.empty() ? describeList(values) : what));
         m_pMonitor->poll();
         return true;
@@ -312,8 +442,15 @@ bool CamSim::applyList(const std::string& list, const std::string& what) {
     text += " refused";
     std::string reason = refusalReason(lines);
     if (!reason.empty()) text += ": " + reason;
-    bool before = !values.empty() && values.begin()->first < id;
-    text += before ? " (the values before it in the list were applied)" : "";
+    // The library applies a list in ascending id order and stops at the first
+    // value it refuses.
+    std::map<int, int> applied, notApplied;
+    for (const auto& kv : values) (kv.first < id ? applied : notApplied)[kv.first] = kv.second;
+    for (const auto& kv : applied)
+        if (!isAction(kv.first)) m_unsaved[kv.first] = kv.second;
+    if (values.size() > 1)
+        text += "; applied: " + (applied.empty() ? std::string("none") : describeList(applied)) +
+                "; not applied: " + describeList(notApplied);
     error(text);
     m_pMonitor->poll();
     return false;
@@ -326,7 +463,23 @@ bool CamSim::execute(const std::string& rawLine) {
     if (words.empty()) return true;
     const std::string cmd = toLower(words[0]);
     std::vector<std::string> args(words.begin() + 1, words.end());
-    if (cmd == "quit" || cmd == "exit") return false;
+    if (cmd == "quit!" || cmd == "exit!") {
+        m_bQuitForced = true;
+        return false;
+    }
+    if (cmd == "quit" || cmd == "exit") {
+        // At the prompt, values set and not saved hold the first quit back.
+        if (m_bPrompt && !m_unsaved.empty() && !m_bQuitWarned) {
+            m_bQuitWarned = true;
+            say("values set and not saved: " + unsavedText() +
+                " ('flush' saves them; 'quit' again or 'quit!' leaves without saving)");
+            return true;
+        }
+        if (!m_bQuitWarned) warnUnsaved("leaving");
+        m_bQuitWarned = true;
+        return false;
+    }
+    m_bQuitWarned = false;
 
     std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
     m_capture.take();
@@ -371,6 +524,8 @@ bool CamSim::execute(const std::string& rawLine) {
             cmdVerbose(args);
         else if (cmd == "ui")
             cmdUi(args);
+        else if (cmd == "repair")
+            cmdRepair();
         else {
             m_pMonitor->poll();
             std::string problem;
@@ -386,23 +541,84 @@ bool CamSim::execute(const std::string& rawLine) {
     return true;
 }
 
-void CamSim::runScript(std::istream& in, bool prompt) {
+bool CamSim::echoAndExecute(const std::string& command) {
+    const std::string t = trim(command);
+    if (t.empty() || t[0] == '#') return true;
+    if (toLower(t.substr(0, 4)) != "echo") {
+        struct tm now {};
+        PlatformClock::localTime(now);
+        std::fprintf(out(), "[%02d:%02d:%02d] > %s\n", now.tm_hour, now.tm_min, now.tm_sec, printable(t).c_str());
+    }
+    return execute(t);
+}
+
+void CamSim::runScript(std::istream& in) {
     std::string line;
+    while (!m_bStopScript && std::getline(in, line)) {
+        // A comment line is one whole; otherwise ';' separates commands, as with -c.
+        if (!trim(line).empty() && trim(line)[0] == '#') continue;
+        for (const std::string& command : splitCommands(line)) {
+            if (!echoAndExecute(command)) return;
+            if (m_bStopScript) return;
+        }
+    }
+}
+
+namespace {
+// One line of standard input: 1, or 0 at its end, or -1 when Ctrl-C came.
+int readInputLine(std::string& buffer, std::string& line) {
+    for (;;) {
+        size_t nl = buffer.find('\n');
+        if (nl != std::string::npos) {
+            line = buffer.substr(0, nl);
+            buffer.erase(0, nl + 1);
+            return 1;
+        }
+        if (g_interrupted) {
+            g_interrupted = 0;
+            buffer.clear();
+            return -1;
+        }
+        char chunk[512];
+        ssize_t n = ::read(STDIN_FILENO, chunk, sizeof(chunk));
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            if (buffer.empty()) return 0;
+            line.swap(buffer);
+            buffer.clear();
+            return 1;
+        }
+        buffer.append(chunk, static_cast<size_t>(n));
+    }
+}
+}  // namespace
+
+void CamSim::runInput(bool prompt) {
+    m_bPrompt = prompt;
+    m_bFromInput = true;
+    std::string buffer, line;
     for (;;) {
         if (prompt) {
             std::fprintf(out(), "camsim> ");
             std::fflush(out());
         }
-        if (!std::getline(in, line)) break;
-        if (!prompt) {
-            std::string t = trim(line);
-            if (!t.empty() && t[0] != '#' && toLower(t.substr(0, 4)) != "echo") {
-                struct tm now {};
-                PlatformClock::localTime(now);
-                std::fprintf(out(), "[%02d:%02d:%02d] > %s\n", now.tm_hour, now.tm_min, now.tm_sec, t.c_str());
-            }
+        m_bAtPrompt = true;
+        const int got = readInputLine(buffer, line);
+        m_bAtPrompt = false;
+        if (got < 0) {
+            // Ctrl-C while camsim waits for a command: leave.
+            std::fprintf(out(), "\n");
+            say("camsim: Ctrl-C at the prompt: leaving");
+            break;
         }
-        if (!execute(line)) break;
+        if (got == 0) break;
+        bool more = true;
+        if (!trim(line).empty() && trim(line)[0] == '#') continue;
+        for (const std::string& command : splitCommands(line)) {
+            more = prompt ? execute(command) : echoAndExecute(command);
+            if (!more) break;
+        }
+        if (!more) break;
     }
     if (prompt) std::fprintf(out(), "\n");
 }
@@ -431,7 +647,7 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         "  daynight times HH:MM HH:MM  day-to-night and night-to-day times of the timetable mode\n"
         "  light N                     light level of the scene, 0 (dark) to 100 (bright): ISP scene level and ADC\n"
         "  time HH:MM[:SS]             set the device time of day (virtual clock)\n"
-        "  run N[s|m|h|ms]             let the camera run for that long on the virtual clock\n"
+        "  run N[ms|s|m|h|d]           let the camera run for that long on the virtual clock (1.5s, 1 s, 1d)\n"
         "  status                      day/night state, IR-cut and LED levels, scheme, last ISP commands\n"
         "  zoom wide|tele [fast]  focus near|far [fast]  focus auto  lens reset\n"
         "  files | cat PATH            the files under the root | one of them (camera path)\n"
@@ -439,7 +655,8 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         "  verbose on|off              show the library's console lines\n"
         "  ui style | ui lang N        the web interface's style text merged for this module | common and\n"
         "                              language texts of language N (language 1 when N has none)\n"
-        "  echo TEXT | help [params] | quit\n" +
+        "  repair                      recreate sensor.xml (scheme mode and scheme) through the library\n"
+        "  echo TEXT | help [params] | quit (warns of values not saved) | quit! (leaves without asking)\n" +
         m_pFrontEnd->help());
 }
 
@@ -504,7 +721,8 @@ void CamSim::cmdGet(const std::vector<std::string>& args) {
             SensorParameterParser::parseSensorParameter(text, values) && values.count(id))
             std::fprintf(out(), "  %3d %-20s %d\n", id, parameterName(id) ? parameterName(id) : "", values[id]);
         else
-            std::fprintf(out(), "  %3d %-20s -   (no value kept)\n", id, parameterName(id) ? parameterName(id) : "");
+            std::fprintf(out(), "  %3d %-20s -   (not a parameter of this camera)\n", id,
+                         parameterName(id) ? parameterName(id) : "");
     }
     m_capture.take();
 }
@@ -531,26 +749,115 @@ void CamSim::cmdShow() {
 }
 
 void CamSim::cmdFlush() {
+    m_pMonitor->poll();
+    const int scheme = m_controller->getCurrentParamSchemeIndex();
     int r = m_controller->flush();
     m_pMonitor->poll();
-    switch (r) {
-        case 0: say("ok: saved (scheme file, factory and especial files)"); break;
-        case 505: error("not saved: the scheme's start time is past 24:00 (505)"); break;
-        case 506: error("not saved: the scheme's end time is past 24:00 (506)"); break;
-        case 507: error("not saved: the scheme's start time is not before its end time (507)"); break;
-        default: error("not saved: a parameter file could not be written (" + std::to_string(r) + ")"); break;
+    if (r != 0) {
+        error(flushRefusal(r));
+        return;
+    }
+    std::string files;
+    for (const std::string& f : m_pMonitor->lastFiles()) files += (files.empty() ? "" : ", ") + f;
+    if (files.empty()) files = "no file changed: they held these values already";
+    if (scheme >= 0) {
+        say("ok: saved to scheme " + std::to_string(scheme) + ": " + files);
+        m_unsaved.clear();
+        return;
+    }
+    // With the factory set in force there is no scheme file to save to: the
+    // library writes the values kept outside the schemes (the especial set) only.
+    std::string especial;
+    KSFile::readAll(SensorPaths::kEspecialFile, especial);
+    std::map<int, int> saved, lost;
+    SensorParameterParser::parseSensorParameter(especial, saved);
+    for (const auto& kv : m_unsaved) {
+        auto it = saved.find(kv.first);
+        if (it == saved.end() || it->second != kv.second) lost[kv.first] = kv.second;
+    }
+    m_unsaved = lost;
+    say("saved only the values kept outside the schemes (" + files + ")");
+    if (!lost.empty())
+        error("not saved: " + describeList(lost) +
+              ": the factory set is in force (scheme -1: no scheme's window holds the time, or the scheme files "
+              "could not be used) and it is saved to no file; choose a scheme ('scheme N' or 'scheme window') and "
+              "flush again");
+}
+
+std::string CamSim::flushRefusal(int code) {
+    std::string text;
+    std::map<int, int> w;
+    if (m_controller->getParameters("(500)(501)(502)(503)(504)", text))
+        SensorParameterParser::parseSensorParameter(text, w);
+    m_capture.take();
+    const std::string start = windowText(w[501], w[502]), end = windowText(w[503], w[504]);
+    const std::string fix = "; fix the window ('scheme window 06:00-18:00') and flush again";
+    switch (code) {
+        case 505:
+            return "not saved (505): the scheme's start time " + start + " (501 start hour = " +
+                   std::to_string(w[501]) + ", 502 start minutes/10 = " + std::to_string(w[502]) + ") is past 24:00" +
+                   fix;
+        case 506:
+            return "not saved (506): the scheme's end time " + end + " (503 end hour = " + std::to_string(w[503]) +
+                   ", 504 end minutes/10 = " + std::to_string(w[504]) + ") is past 24:00" + fix;
+        case 507:
+            return "not saved (507): the scheme's start time " + start + " (501, 502) is not before its end time " +
+                   end + " (503, 504)" + fix;
+        default:
+            return "not saved (" + std::to_string(code) + "): a parameter file could not be written (see 'logs error')";
+    }
+}
+
+void CamSim::cmdRepair() {
+    if (m_controller->createSensorXML()) {
+        m_capture.take();
+        m_pMonitor->poll();
+        int mode = 0;
+        m_controller->getParamMode(mode);
+        m_capture.take();
+        say(std::string("ok: ") + SensorPaths::kSchemeStateFile + " recreated with the scheme in force (" +
+            std::to_string(m_controller->getCurrentParamSchemeIndex()) + ") and the scheme mode in force (" +
+            (mode != 0 ? "auto" : "manual") + ")");
+    } else {
+        m_capture.take();
+        error(std::string("could not recreate ") + SensorPaths::kSchemeStateFile + " (see 'logs console')");
     }
 }
 
 void CamSim::cmdReset(const std::vector<std::string>& args) {
     if (!args.empty() && toLower(args[0]) == "last") {
-        if (m_controller->resetToLastParameters())
+        if (m_controller->resetToLastParameters()) {
+            m_unsaved.clear();
             say("ok: back to the saved values of the active scheme");
+        }
         else
             error("reset to the saved values failed (see 'logs error')");
     } else if (args.empty() || toLower(args[0]) == "factory") {
         m_controller->resetParameters();
-        say("ok: every scheme back to the factory values; scheme 0 active, manual mode");
+        m_pMonitor->poll();
+        m_unsaved.clear();
+        int mode = 0, fileMode = -1;
+        m_controller->getParamMode(mode);
+        const bool haveFileMode = m_controller->getParamSchemeModeFromFile(fileMode) != 0;
+        m_capture.take();
+        std::string windows;
+        const std::vector<ParamScheme> list = m_controller->getSchemeList();
+        for (size_t i = 0; i < list.size(); ++i) {
+            int enable = 0, start = 0, end = 0;
+            list[i].getEnableFlag(enable);
+            list[i].getStartTime(start);
+            list[i].getEndTime(end);
+            windows += (i ? ", " : "") + std::to_string(i) + " " + hhmm(start) + "-" + hhmm(end) + (enable ? " on" : " off");
+        }
+        say("ok: every scheme back to the factory values; scheme " +
+            std::to_string(m_controller->getCurrentParamSchemeIndex()) + " active; scheme mode in force: " +
+            (mode != 0 ? "auto" : "manual") +
+            (haveFileMode && (fileMode != 0) != (mode != 0)
+                 ? std::string(" (sensor.xml now says ") + (fileMode != 0 ? "auto" : "manual") +
+                       ": the next start runs that)"
+                 : std::string()) +
+            "; scheme windows now: " + windows + " (camsim's windows are gone: 'scheme window' sets them again)");
+        return;
     } else {
         error("usage: reset [factory|last]");
         return;
@@ -581,7 +888,8 @@ void CamSim::cmdScheme(const std::vector<std::string>& args) {
         if (m_controller->setParamMode(sub == "auto" ? 1 : 0))
             say("ok: scheme mode " + sub);
         else
-            error("could not change the scheme mode");
+            error("could not change the scheme mode: the library could not write it to " +
+                  std::string(SensorPaths::kSchemeStateFile) + "; 'repair' recreates the file");
         m_capture.take();
         return;
     }
@@ -611,15 +919,31 @@ void CamSim::cmdScheme(const std::vector<std::string>& args) {
         return;
     }
     int index = 0;
+    if (list.empty()) {
+        error("this camera has no parameter schemes: " + std::string(SensorPaths::kSensorAbilityFile) +
+              " names none (SchemeNum)");
+        return;
+    }
     if (!parseInt(args[0], index) || index < 0 || static_cast<size_t>(index) >= list.size()) {
         error("no scheme '" + args[0] + "': schemes are 0 to " + std::to_string(static_cast<int>(list.size()) - 1));
         return;
     }
-    m_controller->setParamMode(0);
+    m_capture.take();
+    if (!m_controller->setParamMode(0)) {
+        std::string reason = refusalReason(m_capture.take());
+        error("could not turn automatic switching off: the library could not write the scheme mode to " +
+              std::string(SensorPaths::kSchemeStateFile) + (reason.empty() ? "" : " (" + reason + ")") +
+              "; nothing changed, and the camera keeps switching by time. 'repair' recreates the file");
+        return;
+    }
+    if (!m_unsaved.empty())
+        say("note: values set and not saved (" + unsavedText() + ") give way to the saved values of scheme " +
+            std::to_string(index));
+    m_unsaved.clear();
     if (m_controller->setParamScheme(index))
         say("ok: scheme " + std::to_string(index) + " active; automatic switching off ('scheme auto' turns it on)");
     else
-        error("could not switch to scheme " + std::to_string(index));
+        error("could not switch to scheme " + std::to_string(index) + " (see 'logs error')");
     m_capture.take();
     m_pMonitor->poll();
 }
@@ -683,8 +1007,8 @@ void CamSim::cmdTime(const std::vector<std::string>& args) {
 
 void CamSim::cmdRun(const std::vector<std::string>& args) {
     int64_t ms = 0;
-    if (args.size() != 1 || !parseDuration(args[0], ms)) {
-        error("usage: run N[s|m|h|ms] (for example run 30s, run 2h)");
+    if (args.empty() || args.size() > 2 || !parseDuration(join(args, 0, ""), ms)) {
+        error("usage: run N[ms|s|m|h|d] (for example run 30s, run 1.5s, run 2h, run 1d)");
         return;
     }
     if (ms > kMaxRunMs) {
@@ -730,7 +1054,9 @@ void CamSim::cmdCat(const std::vector<std::string>& args) {
     }
     bool cut = content.size() > kMaxCatBytes;
     if (cut) content.resize(kMaxCatBytes);
-    std::fprintf(out(), "%s%s", content.c_str(), content.empty() || content.back() == '\n' ? "" : "\n");
+    const std::string shown = printable(content);
+    std::fwrite(shown.data(), 1, shown.size(), out());
+    if (!shown.empty() && shown.back() != '\n') std::fputc('\n', out());
     if (cut) say("... (cut at 64 KiB)");
 }
 
@@ -747,16 +1073,17 @@ void CamSim::cmdLogs(const std::vector<std::string>& args) {
     } else if (which == "error" || which == "init") {
         std::string content;
         const char* path = which == "error" ? SensorPaths::kErrorLog : SensorPaths::kInitLog;
-        KSFile::readAll(path, content);
+        const bool there = KSFile::readAll(path, content);
         std::istringstream in(content);
         for (std::string l; std::getline(in, l);) lines.push_back(l);
         if (lines.size() > static_cast<size_t>(count)) lines.erase(lines.begin(), lines.end() - count);
         say(std::string("-- ") + path + " --");
+        if (lines.empty()) say(there ? "  (no entries)" : "  (no entries: the library has not written this log)");
     } else {
         error("usage: logs [error|init|console] [N]");
         return;
     }
-    for (const std::string& l : lines) std::fprintf(out(), "  %s\n", l.c_str());
+    for (const std::string& l : lines) std::fprintf(out(), "  %s\n", printable(l).c_str());
 }
 
 void CamSim::cmdLens(const std::string& what, const std::vector<std::string>& args) {

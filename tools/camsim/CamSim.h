@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <istream>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -33,6 +34,7 @@ public:
         bool capture = true; // take over standard output to sort the library's lines
         bool ticker = false; // let the virtual clock follow real time (interactive use)
         FILE* output = nullptr;  // where camsim's own lines go; nullptr: standard output
+        bool resetRoot = false;  // rewrite camsim's own sample files of the root
     };
 
     CamSim();
@@ -48,8 +50,17 @@ public:
 
     // Runs one command line; false when it asks to quit.
     bool execute(const std::string& line);
-    // Runs commands from a stream (script file or standard input) until its end or "quit".
-    void runScript(std::istream& in, bool prompt);
+    // Runs commands from a stream (script file) until its end or "quit".
+    void runScript(std::istream& in);
+    // Runs commands from standard input (a prompt when `prompt`) until its end,
+    // "quit" or a Ctrl-C at an empty prompt.
+    void runInput(bool prompt);
+    // Echoes a command with the device time and runs it; false when it asks to quit.
+    bool echoAndExecute(const std::string& command);
+    // Before camsim leaves: warns of values set and not saved (unless "quit!").
+    void leave();
+    // Ctrl-C: stops a run in progress (called from the signal handler).
+    static void interrupt();
     // Number of commands that failed.
     int errorCount() const { return m_nErrors; }
 
@@ -82,6 +93,16 @@ private:
 
     void error(const std::string& text);
     void say(const std::string& text);
+    void warnUnsaved(const char* how);
+    // The values set since the last save, as "name=value, ...".
+    std::string unsavedText() const;
+    void cmdRepair();
+    // Takes the advisory lock of the root; false (reason printed) when another camsim holds it.
+    bool lockRoot();
+    // Restores the scheme mode and scheme saved in sensor.xml, as the camera application does.
+    void restoreSchemeChoice(bool known, int mode, int index);
+    // Why a save was refused, and what to fix.
+    std::string flushRefusal(int code);
     // Applies a parameter list through the controller; prints what happened.
     bool applyList(const std::string& list, const std::string& what);
     // The library's reason for a refusal, from its console lines of this command.
@@ -108,6 +129,14 @@ private:
     std::string m_strRoot;
     std::recursive_mutex m_clockMutex;  // held while the clock moves and while a command runs
     bool m_bProgressShown = false;
+    std::map<int, int> m_unsaved;  // values set since the last save
+    bool m_bQuitWarned = false;
+    bool m_bQuitForced = false;
+    bool m_bPrompt = false;
+    std::atomic<bool> m_bAtPrompt{false};
+    int m_nLockFd = -1;
+    bool m_bFromInput = false;  // commands come from standard input
+    bool m_bStopScript = false; // Ctrl-C ended a run of a script
     std::thread m_ticker;
     std::atomic<bool> m_bTickerStop{false};
 };

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 
 namespace camsim {
@@ -106,6 +107,11 @@ bool parseWindow(const std::string& text, int& startHour, int& startMinute, int&
 bool parseDuration(const std::string& text, int64_t& ms) {
     std::string number = text;
     int64_t unit = 1000;
+    if (!number.empty() && number.back() == 'd') {
+        number.pop_back();
+        number += "h";
+        unit = 0;  // days: hours times 24 below
+    }
     auto endsWith = [&](const char* suffix) {
         std::string sfx(suffix);
         return number.size() > sfx.size() && number.compare(number.size() - sfx.size(), sfx.size(), sfx) == 0;
@@ -119,13 +125,42 @@ bool parseDuration(const std::string& text, int64_t& ms) {
         unit = 60000;
         number.pop_back();
     } else if (endsWith("h")) {
-        unit = 3600000;
+        unit = unit == 0 ? 24 * 3600000LL : 3600000;
         number.pop_back();
     }
-    int n = 0;
-    if (!parseInt(number, n) || n < 0) return false;
-    ms = static_cast<int64_t>(n) * unit;
+    if (unit == 0) return false;
+    // A whole number, or one with a decimal fraction ("1.5").
+    const size_t dot = number.find('.');
+    int whole = 0, fraction = 0;
+    int64_t scale = 1;
+    if (dot == std::string::npos) {
+        if (!parseInt(number, whole) || whole < 0 || number[0] == '+' || number[0] == '-') return false;
+    } else {
+        const std::string w = number.substr(0, dot), f = number.substr(dot + 1);
+        if (w.empty() || f.empty() || f.size() > 6) return false;
+        for (char ch : w + f)
+            if (ch < '0' || ch > '9') return false;
+        if (!parseInt(w, whole) || !parseInt(f, fraction)) return false;
+        for (size_t i = 0; i < f.size(); ++i) scale *= 10;
+    }
+    ms = static_cast<int64_t>(whole) * unit + static_cast<int64_t>(fraction) * unit / scale;
     return true;
+}
+
+std::string printable(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char ch : text) {
+        const unsigned char b = static_cast<unsigned char>(ch);
+        if ((b < 0x20 && ch != '\n' && ch != '\t') || b == 0x7f) {
+            char code[8];
+            std::snprintf(code, sizeof(code), "\\x%02x", b);
+            out += code;
+        } else {
+            out += ch;
+        }
+    }
+    return out;
 }
 
 }  // namespace camsim

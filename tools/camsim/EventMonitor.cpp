@@ -51,6 +51,7 @@ std::string EventMonitor::stamp() const {
 
 void EventMonitor::print(const std::string& kind, const std::string& text) {
     if (m_bQuiet) return;
+    ++m_nPrinted;
     if (m_bLineToClear) {
         std::fputs("\r\033[K", m_pOut);
         m_bLineToClear = false;
@@ -75,8 +76,8 @@ void EventMonitor::poll() {
         int scheme = m_controller->getCurrentParamSchemeIndex();
         if (scheme != m_nScheme) {
             if (m_nScheme >= -1 && !m_bQuiet) ++m_totals.schemeSwitches;
-            std::string text = (m_nScheme < -1 ? std::string("-") : std::to_string(m_nScheme)) + " -> " +
-                               std::to_string(scheme);
+            std::string text = m_nScheme < -1 ? std::to_string(scheme) + " in force at start"
+                                              : std::to_string(m_nScheme) + " -> " + std::to_string(scheme);
             const std::vector<ParamScheme> list = m_controller->getSchemeList();
             if (scheme == -1) {
                 text += "  (factory set: no scheme window holds the time)";
@@ -94,8 +95,11 @@ void EventMonitor::poll() {
             // The first state after start-up is no transition.
             if (m_nDNState >= 0 && dn == 1) ++m_totals.toDay;
             if (m_nDNState >= 0 && dn == 0) ++m_totals.toNight;
-            print("daynight", dn == 1 ? "DAY   (colour picture, IR-cut filter in)"
-                                      : dn == 0 ? "NIGHT (monochrome picture, IR-cut filter out)" : "unknown");
+            // What the pins show, not what the state implies: a mode that
+            // drives no GPIO leaves the filter and lamps where they were.
+            const std::string pins = m_frontEnd.pictureState();
+            print("daynight", std::string(dn == 1 ? "DAY  " : dn == 0 ? "NIGHT" : "unknown") +
+                                  (pins.empty() ? std::string() : " (pins: " + pins + ")"));
             m_nDNState = dn;
         }
     }
@@ -105,6 +109,7 @@ void EventMonitor::poll() {
         std::lock_guard<std::mutex> lock(g_changedMutex);
         changed.swap(g_changed);
     }
+    m_lastFiles = changed;
     for (const std::string& path : changed) {
         struct stat st {};
         if (::stat(PlatformRoot::resolve(path).c_str(), &st) != 0) {

@@ -31,7 +31,16 @@ public:
     EventMonitor& operator=(const EventMonitor&) = delete;
 
     void setOutput(FILE* out) { m_pOut = out; }
-    void setController(const SafePointer<ISensorController>& controller) { m_controller = controller; }
+    // The controller to watch. Without `announceScheme` the scheme in force now
+    // is taken as known (no timeline line for it).
+    void setController(const SafePointer<ISensorController>& controller, bool announceScheme = true) {
+        m_controller = controller;
+        if (!announceScheme) m_nScheme = controller->getCurrentParamSchemeIndex();
+    }
+    // The camera paths of the files written or removed that the last poll reported.
+    const std::vector<std::string>& lastFiles() const { return m_lastFiles; }
+    // Timeline lines printed so far.
+    int printedLines() const { return m_nPrinted; }
     // Takes the present state as the starting point (nothing is printed for it).
     void prime();
     // Prints what happened since the previous poll (nothing when quiet).
@@ -54,6 +63,8 @@ private:
     SafePointer<ISensorController> m_controller;
     bool m_bQuiet = false;
     bool m_bLineToClear = false;
+    std::vector<std::string> m_lastFiles;
+    int m_nPrinted = 0;
     int m_nScheme = -2;
     int m_nDNState = -1;
     Totals m_totals;

@@ -151,7 +151,15 @@ void FisheyeFrontEnd::report(const Printer& print) {
         // A run of ISP writes; the picture day/night command always stands on its own line.
         size_t j = i;
         while (j < items.size() && items[j].call != nullptr && items[j].call->nCommand != KSIA_PICTURE_DAY_NIGHT) ++j;
-        if (j == i) j = i + 1;
+        if (j == i) {
+            // The same picture command sent again at once is one line with a count.
+            while (j < items.size() && items[j].call != nullptr && items[j].call->nCommand == items[i].call->nCommand &&
+                   items[j].call->nValueIn == items[i].call->nValueIn && items[j].call->nResult == items[i].call->nResult)
+                ++j;
+            print("isp", describeCall(*items[i].call) + (j - i > 1 ? " (sent " + std::to_string(j - i) + " times)" : ""));
+            i = j;
+            continue;
+        }
         if (j - i > kGroupAbove) {
             std::string text = std::to_string(j - i) + " commands:";
             for (size_t k = i; k < i + 3; ++k) text += " " + describeCall(*items[k].call) + ",";

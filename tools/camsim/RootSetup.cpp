@@ -10,6 +10,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <tinyxml2.h>
+
 #include "platform/ConfigFileNameConst.h"
 #include "platform/FsUtil.h"
 #include "platform/KSFile.h"
@@ -98,9 +100,13 @@ void collect(const std::string& hostDir, const std::string& cameraDir, std::vect
     ::closedir(d);
 }
 
+bool g_replace = false;
+
 bool writeIfMissing(const std::string& cameraPath, const std::string& content, std::vector<std::string>& written,
                     std::string& error) {
-    if (KSFile::isExist(cameraPath)) return true;
+    if (!g_replace && KSFile::isExist(cameraPath)) return true;
+    std::string old;
+    if (g_replace && KSFile::readAll(cameraPath, old) && old == content) return true;
     if (!KSFile::writeAll(cameraPath, content)) {
         error = "cannot write " + cameraPath;
         return false;
@@ -133,8 +139,9 @@ bool prepareRootDirectory(const std::string& dir, std::string& absolute, std::st
     return true;
 }
 
-bool installDefaults(std::vector<std::string>& written, bool& fresh, std::string& error) {
+bool installDefaults(std::vector<std::string>& written, bool& fresh, std::string& error, bool replace) {
     fresh = !KSFile::isExist(ConfigFileNameConst::getModuleConfigFileName());
+    g_replace = replace;
     // The sample tree of the source (sensor UI texts, tuning file) first.
     if (kSampleDir[0] != '\0') {
         std::vector<std::string> samples;
@@ -150,6 +157,43 @@ bool installDefaults(std::vector<std::string>& written, bool& fresh, std::string
            writeIfMissing(ConfigFileNameConst::getSensorAbilityFileName(), sensorAbilityXml(), written, error) &&
            writeIfMissing(ConfigFileNameConst::getMachineInfoFileName(), kMachineInfoXml, written, error) &&
            writeIfMissing(SensorPaths::kISPParamFile, kIspParamXml, written, error);
+}
+
+bool checkSampleFiles(std::string& problem) {
+    const std::string files[] = {ConfigFileNameConst::getModuleConfigFileName(),
+                                 ConfigFileNameConst::getSensorAbilityFileName(),
+                                 ConfigFileNameConst::getMachineInfoFileName()};
+    for (const std::string& cameraPath : files) {
+        tinyxml2::XMLDocument doc;
+        const std::string host = PlatformRoot::resolve(cameraPath);
+        if (doc.LoadFile(host.c_str()) != tinyxml2::XML_SUCCESS) {
+            problem = cameraPath + " of the root is malformed (line " + std::to_string(doc.ErrorLineNum()) + ": " +
+                      doc.ErrorStr() + ")";
+            return false;
+        }
+        if (doc.RootElement() == nullptr) {
+            problem = cameraPath + " of the root is malformed (no element)";
+            return false;
+        }
+    }
+    return true;
+}
+
+bool readSchemeChoice(int& mode, int& index) {
+    tinyxml2::XMLDocument doc;
+    if (doc.LoadFile(PlatformRoot::resolve(SensorPaths::kSchemeStateFile).c_str()) != tinyxml2::XML_SUCCESS ||
+        doc.RootElement() == nullptr)
+        return false;
+    bool haveMode = false, haveIndex = false;
+    for (auto* node = doc.RootElement()->FirstChildElement(); node; node = node->NextSiblingElement())
+        for (auto* item = node->FirstChildElement(); item; item = item->NextSiblingElement()) {
+            const char* name = item->Attribute("name");
+            if (name == nullptr) continue;
+            if (std::string(name) == "SchemeMode") haveMode = item->QueryIntAttribute("value", &mode) == tinyxml2::XML_SUCCESS;
+            if (std::string(name) == "SchemeIndex")
+                haveIndex = item->QueryIntAttribute("value", &index) == tinyxml2::XML_SUCCESS;
+        }
+    return haveMode && haveIndex;
 }
 
 std::vector<std::string> listRootFiles() {

@@ -21,7 +21,18 @@ bool prepareRootDirectory(const std::string& dir, std::string& absolute, std::st
 // With the platform root set: writes every default file that is missing
 // (through the library's atomic file layer) and lists the camera paths
 // written. `fresh` tells whether the root had no module configuration yet.
-bool installDefaults(std::vector<std::string>& written, bool& fresh, std::string& error);
+// With `replace`, camsim's own sample files are written even where they exist
+// (the library's files are left alone).
+bool installDefaults(std::vector<std::string>& written, bool& fresh, std::string& error, bool replace = false);
+
+// Checks that camsim's sample XML files of the root parse; otherwise names the
+// file and the line where it is malformed.
+bool checkSampleFiles(std::string& problem);
+
+// The scheme mode and scheme saved in sensor.xml, read before the library
+// starts (its first cycle writes the file with what is in force then).
+// False when the file or either value is missing or unreadable.
+bool readSchemeChoice(int& mode, int& index);
 
 // Every regular file below the root as camera paths, sorted.
 std::vector<std::string> listRootFiles();

@@ -2,6 +2,8 @@
 // does, on the simulated fisheye board, with the camera's files under a root
 // directory. See README.md ("Simulator camera") for the commands.
 #include <ftw.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -30,15 +32,27 @@ void usage(FILE* o) {
                  "  --light N      light level of the scene at start, 0-100 (default 80)\n"
                  "  --verbose      show the library's console lines\n"
                  "  --no-capture   leave the library's console lines on standard output as they come\n"
-                 "  --keep         (demo) keep the demo's root directory\n"
+                 "  --reset-root   rewrite camsim's own sample files of the root (module, schemes, machine,\n"
+                 "                 web texts); the library's files are kept\n"
+                 "  --keep         (demo) keep the demo's own root and print where it is\n"
                  "Type 'help' at the prompt for the commands.\n");
 }
 
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
 
+void onInterrupt(int) { camsim::CamSim::interrupt(); }
+
 int runDemo(camsim::CamSim::Options options, bool keep, bool rootGiven) {
     const auto started = std::chrono::steady_clock::now();
-    if (!rootGiven) {
+    if (rootGiven) {
+        // The demo saves values and moves schemes: it never runs on a root that
+        // it did not make.
+        std::fprintf(stderr,
+                     "camsim: the demo runs in a temporary root of its own and never touches yours: leave out --root "
+                     "(--keep keeps the demo's root and prints where it is)\n");
+        return 2;
+    }
+    {
         char tmpl[] = "/tmp/camsim-demo-XXXXXX";
         if (::mkdtemp(tmpl) == nullptr) {
             std::perror("camsim: mkdtemp");
@@ -88,7 +102,7 @@ int runDemo(camsim::CamSim::Options options, bool keep, bool rootGiven) {
                          static_cast<long long>(simMs / 1000), realS);
         }
     }
-    if (!rootGiven) {
+    {
         if (keep) {
             std::printf("camsim demo: root kept in %s\n", used.root.c_str());
         } else {
@@ -141,6 +155,8 @@ int main(int argc, char** argv) {
             options.verbose = true;
         } else if (a == "--no-capture") {
             options.capture = false;
+        } else if (a == "--reset-root") {
+            options.resetRoot = true;
         } else if (a == "--keep") {
             keep = true;
         } else if (a == "demo" && script.empty() && !demo) {
@@ -157,8 +173,15 @@ int main(int argc, char** argv) {
 
     std::ifstream file;
     if (!script.empty()) {
+        struct stat st {};
+        const bool there = ::stat(script.c_str(), &st) == 0;
+        if (there && !S_ISREG(st.st_mode)) {
+            std::fprintf(stderr, "camsim: cannot read script %s: it is a directory, not a file of commands\n",
+                         script.c_str());
+            return 2;
+        }
         file.open(script);
-        if (!file) {
+        if (!there || !file) {
             std::fprintf(stderr, "camsim: cannot read script %s\n", script.c_str());
             return 2;
         }
@@ -166,23 +189,30 @@ int main(int argc, char** argv) {
     const bool interactive = !haveCommands && script.empty() && ::isatty(STDIN_FILENO);
     options.ticker = interactive;
     camsim::CamSim sim;
-    if (!sim.start(options)) return 2;
+    // Ctrl-C stops a run (and at the prompt, leaves). Only this thread takes
+    // it: the camera's threads start with it blocked.
+    sigset_t intr;
+    sigemptyset(&intr);
+    sigaddset(&intr, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &intr, nullptr);
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = 0;  // a blocked read returns, so the prompt sees it
+    sigaction(SIGINT, &action, nullptr);
+    const bool up = sim.start(options);
+    pthread_sigmask(SIG_UNBLOCK, &intr, nullptr);
+    if (!up) return 2;
     if (haveCommands) {
-        for (const std::string& c : camsim::splitCommands(commands)) {
-            std::string t = camsim::trim(c);
-            if (t.empty()) continue;
-            if (t.compare(0, 4, "echo") != 0) {
-                struct tm now {};
-                PlatformClock::localTime(now);
-                std::fprintf(sim.out(), "[%02d:%02d:%02d] > %s\n", now.tm_hour, now.tm_min, now.tm_sec, t.c_str());
-            }
-            if (!sim.execute(t)) break;
-        }
+        bool more = true;
+        for (const std::string& c : camsim::splitCommands(commands))
+            if (!(more = sim.echoAndExecute(c))) break;
     } else if (!script.empty()) {
-        sim.runScript(file, false);
+        sim.runScript(file);
     } else {
-        sim.runScript(std::cin, interactive);
+        sim.runInput(interactive);
     }
+    sim.leave();
     const int errors = sim.errorCount();
     sim.stop();
     return errors == 0 ? 0 : 1;
