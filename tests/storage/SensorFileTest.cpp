@@ -117,7 +117,7 @@ TEST_F(SensorFileTest, KeepsTheModuleWithAnIdFrom1To99) {
     EXPECT_EQ(result, 1);
     EXPECT_EQ(file.getModuleConfigure().getModuleId(), 5);
     EXPECT_EQ(file.getModuleConfigure().getDetail(), "isInfrared=0");
-    EXPECT_EQ(tabKeys(file.getUIStyleConfig()), (std::vector<int>{1, 2, 3, 5, 6, 7, 8}));
+    EXPECT_EQ(tabKeys(file.getUIStyleConfig()), (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
 TEST_F(SensorFileTest, TheLastSensorModuleWins) {

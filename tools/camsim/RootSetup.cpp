@@ -21,7 +21,7 @@
 namespace camsim {
 
 const char* const kDefaultModuleDetail =
-    "RS485=/dev/ttyS1;isInfrared=1;GPIOInfraredLight=2,7,0;GPIO=1,5,1;autoFocus=1;manualFocus=0;fisheye=1;"
+    "RS485=/dev/ttyS1;isInfrared=1;GPIOInfraredLight=2,7,0;GPIO=1,5,1;autoFocus=1;manualFocus=0;fisheye=1;lens=fisheye;"
     "autoIris=0;DNDefault=0";
 const char* const kDefaultModuleParameters = "RS485=9600,8,1,0;GUIConfig=S2GUIConfig.xml;Prefix=S2";
 
