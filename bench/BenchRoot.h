@@ -1,6 +1,7 @@
 #pragma once
 // A temporary platform root on tmpfs for benchmarks, so figures show the
-// library's own cost rather than the disk's.
+// library's own cost rather than the disk's. The library's console lines are off
+// while it exists.
 #include <ftw.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "QuietConsole.h"
 #include "platform/PlatformRoot.h"
 
 class BenchRoot {
@@ -30,5 +32,6 @@ public:
 
 private:
     static int remove(const char* p, const struct stat*, int, struct FTW*) { return ::remove(p); }
+    QuietConsole m_quiet;
     std::string m_dir;
 };

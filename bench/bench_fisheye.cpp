@@ -18,6 +18,7 @@
 #include "ksia/SimIsp.h"
 #include "platform/FsUtil.h"
 #include "IdleDevices.h"
+#include "QuietConsole.h"
 #include "platform/KSFile.h"
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
@@ -28,18 +29,11 @@ int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return
 
 // A fisheye camera brought up by the manager in a temporary root on the virtual
 // clock. The day/night worker waits on that clock, which the benchmark never
-// moves, so it stays out of the measurements. The library's console lines go
-// to /dev/null while the camera exists.
+// moves, so it stays out of the measurements. The library's console lines are
+// off while the camera exists.
 class FisheyeCamera {
 public:
     FisheyeCamera() {
-        std::fflush(stdout);
-        m_nSavedStdout = ::dup(STDOUT_FILENO);
-        FILE* devnull = std::fopen("/dev/null", "w");
-        if (devnull != nullptr) {
-            ::dup2(::fileno(devnull), STDOUT_FILENO);
-            std::fclose(devnull);
-        }
         char tmpl[] = "/tmp/bench-fisheye-XXXXXX";
         m_strDir = ::mkdtemp(tmpl) ? tmpl : "/tmp/bench-fisheye";
         PlatformRoot::set(m_strDir);
@@ -80,15 +74,12 @@ public:
         PlatformClock::useReal();
         PlatformRoot::set("/");
         ::nftw(m_strDir.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
-        std::fflush(stdout);
-        ::dup2(m_nSavedStdout, STDOUT_FILENO);
-        ::close(m_nSavedStdout);
     }
     ISensorController& controller() { return *m_controller; }
     bool ready() const { return !m_controller.isNull() && m_controller->getSensorStatus() == 2; }
 
 private:
-    int m_nSavedStdout = -1;
+    QuietConsole m_quiet;
     std::string m_strDir;
     SensorControllerManager* m_pManager = nullptr;
     SafePointer<ISensorController> m_controller;

@@ -11,7 +11,7 @@
 //                    switch, no file read or written
 //   BM_ISPPassIdle   one ISP application pass with nothing changed (pause 0)
 //
-// The library's console output goes to /dev/null while a benchmark runs.
+// The library's console lines are off while a benchmark runs.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <ftw.h>
@@ -29,6 +29,7 @@
 #include <thread>
 
 #include "IdleDevices.h"
+#include "QuietConsole.h"
 #include "app/ModuleConfigure.h"
 #include "app/VideoResolution.h"
 #include "core/ISensorController.h"
@@ -86,7 +87,7 @@ public:
     }
 };
 
-// The platform root on tmpfs, the virtual clock, and the console to /dev/null.
+// The platform root on tmpfs, the virtual clock, and the console off.
 class BenchEnv {
 public:
     BenchEnv() {
@@ -99,11 +100,6 @@ public:
         write("/hd1/moduleConfig/sensorAbility.xml",
               "<sensorAbility><paramScheme><item name=\"SchemeNum\" value=\"" + std::to_string(kSchemes) +
                   "\"/></paramScheme></sensorAbility>\n");
-        std::fflush(stdout);
-        m_savedStdout = ::dup(1);
-        int devNull = ::open("/dev/null", O_WRONLY);
-        ::dup2(devNull, 1);
-        ::close(devNull);
         m_pump = std::thread([this] { pumpLoop(); });
     }
     ~BenchEnv() {
@@ -113,9 +109,6 @@ public:
         }
         m_cv.notify_all();
         m_pump.join();
-        std::fflush(stdout);
-        ::dup2(m_savedStdout, 1);
-        ::close(m_savedStdout);
         PlatformClock::useReal();
         PlatformRoot::set("/");
         ::nftw(m_dir.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
@@ -179,8 +172,8 @@ private:
         }
     }
 
+    QuietConsole m_quiet;
     std::string m_dir;
-    int m_savedStdout = -1;
     std::mutex m_mu;
     std::condition_variable m_cv;
     bool m_pumping = false;

@@ -10,6 +10,7 @@
 #include "isp/ISPParam.h"
 #include "platform/DiskManager.h"
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
 #include "platform/SensorParameterParser.h"
 #include "platform/SySystem.h"
@@ -47,7 +48,7 @@ ISensorController::ISensorController(int sensorType) : m_nSensorType(sensorType)
 
     KSFile marker;
     if (marker.open(SensorPaths::kDebugMarker, KSFile::ModeRead)) {
-        std::puts("*********In sensor debug mode (/factory_setting/SensorControlDebug)*********");
+        KSLogger::consolePuts("*********In sensor debug mode (/factory_setting/SensorControlDebug)*********");
         m_nDebugFlag = 1;
         marker.close();
     }
@@ -267,7 +268,7 @@ int ISensorController::init(int sensorType, const ModuleConfigure& cfg, const Vi
     std::string strDNDefault;
     if (parser.getValue("DNDefault", strDNDefault))
         m_nDNDefault = decimalToInt(strDNDefault);
-    std::printf("strDNDefault:%s m_nDNDefault(%d)\n", strDNDefault.c_str(), m_nDNDefault);
+    KSLogger::consolePrintf("strDNDefault:%s m_nDNDefault(%d)\n", strDNDefault.c_str(), m_nDNDefault);
     if (m_nSensorType != 17) m_SensorStatus = InitSuccess;
     if (!stopPTZ()) InitPrintf("stop PTZ @ISensorController::init failed");
     if (!setSensorVideoSystem(sensorType, res)) InitPrintf("init setSensorVideoSystem failed");
@@ -291,7 +292,7 @@ int ISensorController::checkSensorConfigVersion() {
     m_pFactoryFile->compareVersions(m_nConfigVersion, m_nConfigVersion2, equal, equal2);  // one read
     if (equal) {
         if (equal2) return equal2;
-        std::printf("sensor configure version 2 changed delete configure files \n");
+        KSLogger::consolePrintf("sensor configure version 2 changed delete configure files \n");
         sy_system("rm /mnt/mtd/code/config_file/sensor_Factory.cfg", 30);
         return 0;
     }
@@ -319,7 +320,7 @@ int ISensorController::initConfigFile() {
     } else {
         // The handlers come from the scheme count just read (sensorAbility.xml is
         // read once); the console shows the count line of the handlers' step as before.
-        std::printf("p_nSchemeNum=%d\n", num);
+        KSLogger::consolePrintf("p_nSchemeNum=%d\n", num);
         createSchemeFileHandlers(num);
     }
     if (!DiskManager::isFileExist(SensorPaths::kOldSingleFile)) return 1;
@@ -332,7 +333,7 @@ int ISensorController::initConfigFile() {
     char command[1024];
     std::snprintf(command, sizeof(command), "mv %s.cfg %s", SensorPaths::kSchemePrefix,
                   m_pUsrFileOperatorList[0]->getFilePath().c_str());
-    std::printf("command: %s\n", command);
+    KSLogger::consolePrintf("command: %s\n", command);
     std::string factoryText;
     m_pFactoryFile->readParametersFromFile(factoryText);
     std::map<int, int> factory;
@@ -356,7 +357,7 @@ int ISensorController::createSchemeFileHandlers(int num) {
     char name[256];
     for (int i = 0; i < num; ++i) {
         std::snprintf(name, sizeof(name), "%s%d.cfg", SensorPaths::kSchemePrefix, i);
-        std::printf("ISensorController::initSensorFilesHandler() szFileName(%s)\n", name);
+        KSLogger::consolePrintf("ISensorController::initSensorFilesHandler() szFileName(%s)\n", name);
         SensorConfigFile* f = new SensorConfigFile(name);
         f->setVersion(m_nConfigVersion);
         f->setVersion2(m_nConfigVersion2);
@@ -403,7 +404,7 @@ void ISensorController::Debug_Printf(const char* fmt, ...) {
     va_start(ap, fmt);
     std::vsnprintf(buffer, sizeof(buffer), fmt, ap);  // a longer message is cut, never overflows
     va_end(ap);
-    std::printf("%s\n", buffer);
+    KSLogger::consolePrintf("%s\n", buffer);
 }
 
 void ISensorController::InitPrintf(const char* fmt, ...) {
@@ -428,12 +429,12 @@ void ISensorController::printDebugMessage() {
     if (!DiskManager::isFileExist(SensorPaths::kDebugSign)) return;
     static std::atomic<unsigned int> s_calls{0};
     if (s_calls.fetch_add(1) % 3 != 0) return;
-    std::printf("m_nParamMode(%d) m_nCurrentParamScheme(%d)\n", m_nParamMode.load(), m_nCurrentParamScheme.load());
+    KSLogger::consolePrintf("m_nParamMode(%d) m_nCurrentParamScheme(%d)\n", m_nParamMode.load(), m_nCurrentParamScheme.load());
     std::string all;
     m_pSensorLastValueCache->getAllSensorValues(all);
-    std::printf("m_pSensorLastValueCache:%s \n\n\n", all.c_str());
+    KSLogger::consolePrintf("m_pSensorLastValueCache:%s \n\n\n", all.c_str());
     for (size_t i = 0; i < m_pUsrFileOperatorList.size(); ++i)
-        std::printf("m_pUsrFileOperatorList[%d]  %s\n", static_cast<int>(i),
+        KSLogger::consolePrintf("m_pUsrFileOperatorList[%d]  %s\n", static_cast<int>(i),
                     m_pUsrFileOperatorList[i]->getFilePath().c_str());
     const std::vector<ParamScheme> schemes = getSchemeList();
     for (size_t i = 0; i < schemes.size(); ++i) {
@@ -441,7 +442,7 @@ void ISensorController::printDebugMessage() {
         schemes[i].getEnableFlag(enable);
         schemes[i].getStartTime(start);
         schemes[i].getEndTime(end);
-        std::printf("m_pParamSchemeList[%d]: nEnable(%d) %d -- %d \n\n", static_cast<int>(i), enable, start, end);
+        KSLogger::consolePrintf("m_pParamSchemeList[%d]: nEnable(%d) %d -- %d \n\n", static_cast<int>(i), enable, start, end);
     }
-    std::printf("%s\n", std::string(75, '-').c_str());
+    KSLogger::consolePrintf("%s\n", std::string(75, '-').c_str());
 }

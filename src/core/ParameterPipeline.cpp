@@ -6,6 +6,7 @@
 
 #include "core/ISensorController.h"
 #include "platform/DiskManager.h"
+#include "platform/KSLogger.h"
 #include "platform/SensorParameterParser.h"
 #include "storage/IdManager.h"
 #include "storage/ParamScheme.h"
@@ -104,7 +105,7 @@ int ISensorController::getAllParameters(std::string& out) {
         if (!m_pSensorLastValueCache->setSensorValues(updated)) ErrorPrintf("setSensorValues failed");
     }
     if (updated != before) {
-        std::puts("save sensor parameter");
+        KSLogger::consolePuts("save sensor parameter");
         flush();
     }
     out = updated;
@@ -212,7 +213,7 @@ int ISensorController::resetParameters() {
     loadSchemeParamToMemory();
     switchScheme(0);
     m_bResetting = 0;
-    std::puts("resetParameters success");
+    KSLogger::consolePuts("resetParameters success");
     return 1;
 }
 

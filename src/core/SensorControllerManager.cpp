@@ -4,6 +4,7 @@
 
 #include "core/SenseControllerFactory.h"
 #include "platform/GlobalEnv.h"
+#include "platform/KSLogger.h"
 
 namespace {
 bool printOn() { return GlobalEnv::getInstance()->getPrintFlag(); }
@@ -44,11 +45,11 @@ void SensorControllerManager::init(int sensorType, const VideoResolution& res, c
     }
     m_pSensorController->setOperator(m_pUARTController, m_pGPIO);
     if (!m_pSensorController->init(sensorType, cfg, res)) {
-        if (printOn()) std::puts("SensorControllerManager::initController error");
+        if (printOn()) KSLogger::consolePuts("SensorControllerManager::initController error");
         return;
     }
     if (m_pGPIO.isNull()) return;
-    if (m_pGPIO->notifySensorReady() && printOn()) std::puts("!!!!!!!!!!!!!!!!!!SensorControllerManager::init successs");
+    if (m_pGPIO->notifySensorReady() && printOn()) KSLogger::consolePuts("!!!!!!!!!!!!!!!!!!SensorControllerManager::init successs");
 }
 
 SafePointer<ISensorController> SensorControllerManager::getSensorController() {
@@ -59,7 +60,7 @@ SafePointer<ISensorController> SensorControllerManager::getSensorController() {
 
 int SensorControllerManager::getMirrorValue(int& value) {
     if (m_pSensorController.isNull()) {
-        if (printOn()) std::puts("SensorControllerManager::getMirrorValue:m_pSensorController is NULL");
+        if (printOn()) KSLogger::consolePuts("SensorControllerManager::getMirrorValue:m_pSensorController is NULL");
         return 0;
     }
     return m_pSensorController->getMirrorValue(value);
@@ -67,7 +68,7 @@ int SensorControllerManager::getMirrorValue(int& value) {
 
 int SensorControllerManager::getStillImageValue(int& value) {
     if (m_pSensorController.isNull()) {
-        if (printOn()) std::puts("SensorControllerManager::getStillImageValue:m_pSensorController is NULL");
+        if (printOn()) KSLogger::consolePuts("SensorControllerManager::getStillImageValue:m_pSensorController is NULL");
         return 0;
     }
     return m_pSensorController->getStillImageValue(value);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/ISensorController.h"
+#include "platform/KSLogger.h"
 
 namespace {
 // A drain reads the port in chunks of this size until a read returns less.
@@ -36,7 +37,7 @@ void ISensorController::computeSum(unsigned char* packet, int length) {
 }
 
 void ISensorController::clearUartBuffer() {
-    std::puts("Clear UART buffer");
+    KSLogger::consolePuts("Clear UART buffer");
     char chunk[kDrainChunk];
     // The port's read never blocks past its time-out, so this ends once the
     // line has been quiet for one time-out; a line that never goes quiet is

@@ -7,6 +7,7 @@
 
 #include "core/ISensorController.h"
 #include "platform/KSDeviceTime.h"
+#include "platform/KSLogger.h"
 #include "platform/KestraTime.h"
 
 namespace {
@@ -64,7 +65,7 @@ int ISensorController::DNSwitchHandle() {
     }
     if (status == kDay) {
         if (!enterDayMode()) {
-            std::puts("enterDayMode failed");
+            KSLogger::consolePuts("enterDayMode failed");
             return 0;
         }
         m_nLastDayNightMode = m_nDayNightMode;
@@ -72,13 +73,13 @@ int ISensorController::DNSwitchHandle() {
     }
     if (status == kNight) {
         if (!enterNightMode()) {
-            std::puts("enterNightMode failed");
+            KSLogger::consolePuts("enterNightMode failed");
             return 0;
         }
         m_nLastDayNightMode = m_nDayNightMode;
         return 1;
     }
-    std::printf("=====error!=====nCurrentDNStatus out of range,nCurrentDNStatus=%d\n", status);
+    KSLogger::consolePrintf("=====error!=====nCurrentDNStatus out of range,nCurrentDNStatus=%d\n", status);
     return 0;
 }
 
@@ -86,7 +87,7 @@ int ISensorController::DNSwitchJudge(int& status) {
     switch (m_nDayNightMode) {
         case 0:
             if (!getCurrentDNStatus(status)) {
-                std::puts("getCurrentDNStatus false");
+                KSLogger::consolePuts("getCurrentDNStatus false");
                 return 0;
             }
             if ((m_nDNDetectSource == 0 || m_bLDRBoard) && !isTimeToSwitch(status)) return 0;
@@ -103,7 +104,7 @@ int ISensorController::DNSwitchJudge(int& status) {
         case 4:
             if (m_nLastDayNightMode != 4) enterAutoMode();
             if (!getCurrentDNStatus(status)) {
-                std::puts("getCurrentDNStatus false");
+                KSLogger::consolePuts("getCurrentDNStatus false");
                 return 0;
             }
             return 1;
@@ -173,7 +174,7 @@ int ISensorController::DNSwitchByTime(int& status) {
     } else if (m_nDTNTime < m_nNTDTime) {
         status = (m_nDTNTime <= now && now < m_nNTDTime) ? kNight : kDay;
     } else {
-        std::puts("Error @ DNSwitchByTime");
+        KSLogger::consolePuts("Error @ DNSwitchByTime");
         return 0;
     }
     return 1;
@@ -181,7 +182,7 @@ int ISensorController::DNSwitchByTime(int& status) {
 
 int ISensorController::enterDayMode() {
     if (m_nCurrentDNStatus == kDay && m_nLastDayNightMode == m_nDayNightMode) return 1;
-    std::puts("!!!enterDayMode");
+    KSLogger::consolePuts("!!!enterDayMode");
     if (m_nHDRMode == 3) updateHDRMode(1);
     if (!SwitchInfraredIrCutToDay()) {
         ErrorPrintf("SwitchInfraredIrCutToDay failed\n");
@@ -198,7 +199,7 @@ int ISensorController::enterDayMode() {
 
 int ISensorController::enterNightMode() {
     if (m_nCurrentDNStatus == kNight && m_nLastDayNightMode == m_nDayNightMode) return 1;
-    std::puts("!!!enterNightMode");
+    KSLogger::consolePuts("!!!enterNightMode");
     if (m_nHDRMode == 3) updateHDRMode(2);
     if (!turnPictureToNight()) {
         ErrorPrintf("turnPictureToNight failed\n");
@@ -286,7 +287,7 @@ int ISensorController::setTimeChecked(int& target, int other, int value, const c
         ErrorPrintf("failed:DTNTIME == NTDTIME,value = %d\n", other);
         return 0;
     }
-    std::printf("set %s time:%d\n", label, value);
+    KSLogger::consolePrintf("set %s time:%d\n", label, value);
     target = value;
     return 1;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/KSLogger.h"
 #include "platform/XmlConfigureItem.h"
 #include "platform/XmlConfigureNode.h"
 #include "platform/XmlConfigureTool.h"
@@ -17,7 +18,7 @@ ISPParamParse::~ISPParamParse() = default;
 bool ISPParamParse::parse() {
     XmlConfigureTool objTool;
     if (!objTool.open(FilePath, 1, XmlConfigureTool::ModeRead)) {
-        printf("open %s failed\n", "ISPParam.xml");
+        KSLogger::consolePrintf("open %s failed\n", "ISPParam.xml");
         return false;
     }
 
@@ -56,7 +57,7 @@ bool ISPParamParse::parse() {
                 objItem.getProperty("name", strName);
                 objItem.getProperty("value", nValue);
                 if (!m_objISPParam.setParam(strTable, strBand, nMin, nMax, strName, nValue)) {
-                    printf("m_objISPParam.setParam:%s,%s,%d,%d,%s,%d \n", strTable.c_str(), strBand.c_str(),
+                    KSLogger::consolePrintf("m_objISPParam.setParam:%s,%s,%d,%d,%s,%d \n", strTable.c_str(), strBand.c_str(),
                            nMin, nMax, strName.c_str(), nValue);
                     return false;
                 }

@@ -6,6 +6,7 @@
 #include "isp/EE.h"
 #include "isp/ISPParam.h"
 #include "isp/ISPParamParse.h"
+#include "platform/KSLogger.h"
 #include "platform/KestraTime.h"
 
 bool ISensorController::ISPParamThreadInit() {
@@ -42,9 +43,9 @@ int ISensorController::ISPParamBody() {
 }
 
 bool ISensorController::setISPParam(const std::string& table, int key) {
-    if (!setEEParam(table, key)) std::puts("setEEParam failed");
-    if (!setDCParam(table, key)) std::puts("setDCParam failed");
-    if (!set3DNRParam(table, key)) std::puts("set3DNRParam failed");
+    if (!setEEParam(table, key)) KSLogger::consolePuts("setEEParam failed");
+    if (!setDCParam(table, key)) KSLogger::consolePuts("setDCParam failed");
+    if (!set3DNRParam(table, key)) KSLogger::consolePuts("set3DNRParam failed");
     return true;
 }
 
@@ -52,7 +53,7 @@ bool ISensorController::setDCParam(const std::string& table, int key) {
     int v = -100;
     if (!m_pISPParam->getParam(table, "DC", key, v)) return true;
     if (v == m_nLastDC) return true;
-    std::printf("set DC=%d\n", v);
+    KSLogger::consolePrintf("set DC=%d\n", v);
     m_nLastDC = v;
     return true;
 }
@@ -67,7 +68,7 @@ bool ISensorController::setEEParam(const std::string& table, int key) {
     }
     if (v == m_nLastEE) return true;
     if (v != -1 && v != -2) {
-        std::printf("set ee=%d\n", v);
+        KSLogger::consolePrintf("set ee=%d\n", v);
         m_pEE->setEE(v);
     }
     m_nLastEE = v;
@@ -79,17 +80,17 @@ bool ISensorController::set3DNRParam(const std::string& table, int key) {
     int a0 = -100;
     if (m_pISPParam->getParam(table, "A0", key, a0) && a0 != m_nLastA0) {
         if (a0 != -1 && m_nLastTM != -1)
-            std::printf("set A0=%d,TM=%d\n", a0, m_nLastTM.load());
+            KSLogger::consolePrintf("set A0=%d,TM=%d\n", a0, m_nLastTM.load());
         else
-            std::puts("close TNF");
+            KSLogger::consolePuts("close TNF");
         m_nLastA0 = a0;
     }
     int tm = -100;
     if (!m_pISPParam->getParam(table, "TM", key, tm) || tm == m_nLastTM) return true;
     if (m_nLastA0 != -1 && tm != -1)
-        std::printf("set TM=%d,A0=%d\n", tm, m_nLastA0.load());
+        KSLogger::consolePrintf("set TM=%d,A0=%d\n", tm, m_nLastA0.load());
     else
-        std::puts("close TNF");
+        KSLogger::consolePuts("close TNF");
     m_nLastTM = tm;
     return true;
 }
@@ -98,7 +99,7 @@ bool ISensorController::setTNF(int level) {
     if (level != 0) {
         int t = ((level - 1) * 255) / 99;
         int a = t - 255, b = 255 - t;
-        std::printf("setTNF=%d\n", a > b ? a : b);
+        KSLogger::consolePrintf("setTNF=%d\n", a > b ? a : b);
     }
     m_nTNFLevel = level;
     return true;

@@ -1,5 +1,7 @@
 #include "platform/KSLogger.h"
 
+#include <atomic>
+#include <cstdarg>
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
@@ -10,6 +12,28 @@
 #include "platform/FsUtil.h"
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
+
+namespace {
+std::atomic<bool> g_consoleEnabled{true};
+}  // namespace
+
+void KSLogger::setConsoleEnabled(bool enabled) { g_consoleEnabled.store(enabled); }
+
+bool KSLogger::isConsoleEnabled() { return g_consoleEnabled.load(std::memory_order_relaxed); }
+
+int KSLogger::consolePrintf(const char* fmt, ...) {
+    if (!isConsoleEnabled()) return 0;
+    va_list ap;
+    va_start(ap, fmt);
+    int n = std::vprintf(fmt, ap);
+    va_end(ap);
+    return n;
+}
+
+int KSLogger::consolePuts(const char* text) {
+    if (!isConsoleEnabled()) return 0;
+    return std::puts(text);
+}
 
 bool KSLogger::init(const char* path, unsigned int size, unsigned int count) {
     std::lock_guard<std::mutex> lock(m_mutex);

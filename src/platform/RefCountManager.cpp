@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/KSLogger.h"
 #include "platform/KSRuntimeError.h"
 
 RefCountManager& RefCountManager::getInstance() {
@@ -102,7 +103,7 @@ void safePointerReport(const char* mangledTypeName, const char* reason) {
     if (status == 0 && demangled != nullptr) name = demangled;
     std::free(demangled);
     std::string text = "SafePointer Report:" + name + " " + reason;
-    std::printf("%s\n", text.c_str());
+    KSLogger::consolePrintf("%s\n", text.c_str());
     std::fflush(stdout);
     throw KSRuntimeError(text);
 }

@@ -16,6 +16,7 @@
 #include "platform/FileChangeObserver.h"
 #include "platform/FsUtil.h"
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/PlatformRoot.h"
 
 extern char** environ;
@@ -86,7 +87,7 @@ int sy_system(const char* command, int timeoutSeconds) {
         if (!words.empty() && isBuiltin(words)) return runBuiltin(words);
     }
     if (!PlatformRoot::isDefault()) {
-        std::printf("sy_system: refused \"%s\": only cp, mv and rm run under the platform root %s\n", command,
+        KSLogger::consolePrintf("sy_system: refused \"%s\": only cp, mv and rm run under the platform root %s\n", command,
                     PlatformRoot::get().c_str());
         return -1;
     }
@@ -111,7 +112,7 @@ int sy_system(const char* command, int timeoutSeconds) {
         if (timeoutSeconds > 0 && std::chrono::steady_clock::now() >= deadline) {
             ::kill(-pid, SIGKILL);
             ::waitpid(pid, &status, 0);
-            std::printf("sy_system: \"%s\" killed after %d s\n", command, timeoutSeconds);
+            KSLogger::consolePrintf("sy_system: \"%s\" killed after %d s\n", command, timeoutSeconds);
             return -1;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));

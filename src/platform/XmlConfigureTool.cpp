@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/XmlConfigureDetail.h"
 #include "platform/XmlDocumentCheck.h"
 
@@ -41,7 +42,7 @@ bool XmlConfigureTool::open(const std::string& path, int /*flag*/, int mode) {
         if (!KSFile::readAll(path, text)) return false;
         std::string why;
         if (!XmlDocumentCheck::parse(*doc, text, XmlDocumentCheck::Elements::One, why)) {
-            std::printf("XmlConfigureTool::open(%s) failed: %s\n", path.c_str(), why.c_str());
+            KSLogger::consolePrintf("XmlConfigureTool::open(%s) failed: %s\n", path.c_str(), why.c_str());
             return false;
         }
         if (mode == ModeUpdate) m_strOpenedText = xmlconfig::printDocument(*doc);
@@ -58,7 +59,7 @@ bool XmlConfigureTool::close() {
     if (m_nMode == ModeUpdate || m_nMode == ModeCreate) {
         std::string text = xmlconfig::printDocument(*m_doc);
         if (m_nMode == ModeCreate || text != m_strOpenedText) ok = KSFile::writeAll(m_strPath, text);
-        if (!ok) std::printf("XmlConfigureTool::close() cannot write %s\n", m_strPath.c_str());
+        if (!ok) KSLogger::consolePrintf("XmlConfigureTool::close() cannot write %s\n", m_strPath.c_str());
     }
     m_doc.reset();
     m_strPath.clear();

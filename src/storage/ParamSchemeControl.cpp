@@ -5,6 +5,7 @@
 
 #include "core/ISensorController.h"
 #include "platform/KSDeviceTime.h"
+#include "platform/KSLogger.h"
 #include "platform/SySystem.h"
 #include "platform/XmlConfigureTool.h"
 #include "storage/ParamScheme.h"
@@ -25,7 +26,7 @@ int nowOfDay() {
 int ISensorController::getParamSchemeNum(int& p_nSchemeNum) {
     XmlConfigureTool xml;
     if (!xml.open(SensorPaths::kSensorAbilityFile, 1, XmlConfigureTool::ModeRead)) {
-        std::printf("open %s failed\n", "sensorAbility.xml");
+        KSLogger::consolePrintf("open %s failed\n", "sensorAbility.xml");
         return 0;
     }
     std::vector<XmlConfigureNode> nodes = xml.getAllConfigNodeList();
@@ -34,7 +35,7 @@ int ISensorController::getParamSchemeNum(int& p_nSchemeNum) {
     int num = 0;
     if (!items[0].getProperty("value", num)) return 0;
     p_nSchemeNum = num;
-    std::printf("p_nSchemeNum=%d\n", p_nSchemeNum);
+    KSLogger::consolePrintf("p_nSchemeNum=%d\n", p_nSchemeNum);
     return 1;
 }
 
@@ -50,7 +51,7 @@ int ISensorController::schemeFilesExist(int numOk, int num) {
     for (int i = 0; i < num; ++i) {
         std::snprintf(name, sizeof(name), "%s%d.cfg", SensorPaths::kSchemePrefix, i);
         if (!SensorConfigFile(name).isExist()) {
-            std::printf("sensor config file %s not exist\n", name);
+            KSLogger::consolePrintf("sensor config file %s not exist\n", name);
             return 0;
         }
     }
@@ -124,7 +125,7 @@ int ISensorController::switchScheme(int index) {
     std::string text;
     if (!readParamByScheme(index, text)) return 0;
     m_nCurrentParamScheme = index;
-    std::printf("switch param(p_Scheme=%d):\n %s\n", index, text.c_str());
+    KSLogger::consolePrintf("switch param(p_Scheme=%d):\n %s\n", index, text.c_str());
     unsigned char resetting = m_bResetting;
     m_bResetting = 1;
     if (setParameters(text) != 0) {
@@ -137,7 +138,7 @@ int ISensorController::switchScheme(int index) {
 }
 
 int ISensorController::setParamScheme(int index) {
-    std::printf("#########ISensorController::setParamScheme %d\n", index);
+    KSLogger::consolePrintf("#########ISensorController::setParamScheme %d\n", index);
     flush();
     if (index == m_nCurrentParamScheme) return 1;
     return switchScheme(index);
@@ -149,7 +150,7 @@ int ISensorController::getParamScheme(int& index) {
 }
 
 int ISensorController::setParamMode(int mode) {
-    std::printf("ISensorController::setParamMode:%d\n", mode);
+    KSLogger::consolePrintf("ISensorController::setParamMode:%d\n", mode);
     if (!setParamSchemeModeToFile(mode)) {
         ErrorPrintf("setParamSchemeModeToFile @setParamMode failed");
         return 0;
@@ -159,7 +160,7 @@ int ISensorController::setParamMode(int mode) {
 }
 
 int ISensorController::getParamMode(int& mode) {
-    std::printf("ISensorController::getParamMode:%d\n", m_nParamMode.load());
+    KSLogger::consolePrintf("ISensorController::getParamMode:%d\n", m_nParamMode.load());
     mode = m_nParamMode;
     return 1;
 }
@@ -195,7 +196,7 @@ namespace {
 // property "name" equals `name`.
 bool openSchemeItem(XmlConfigureTool& xml, int mode, const std::string& name, XmlConfigureItem& found) {
     if (!xml.open(SensorPaths::kSchemeStateFile, 1, mode)) {
-        std::printf("open %s failed\n", SensorPaths::kSchemeStateFile);
+        KSLogger::consolePrintf("open %s failed\n", SensorPaths::kSchemeStateFile);
         return false;
     }
     XmlConfigureNode node = xml.getConfigNode(kSchemeNode);
@@ -231,7 +232,7 @@ int ISensorController::createSensorXML() {
     XmlConfigureTool xml;
     xml.setRootNodeName("sensor");
     if (!xml.open(SensorPaths::kSchemeStateFile, 1, XmlConfigureTool::ModeCreate)) {
-        std::printf("open %s failed\n", SensorPaths::kSchemeStateFile);
+        KSLogger::consolePrintf("open %s failed\n", SensorPaths::kSchemeStateFile);
         return 0;
     }
     XmlConfigureNode node(kSchemeNode);
@@ -245,10 +246,10 @@ int ISensorController::createSensorXML() {
     node.addConfigItem(mode);
     xml.addConfigNode(node);
     if (!xml.close()) {
-        std::printf("open %s failed\n", SensorPaths::kSchemeStateFile);
+        KSLogger::consolePrintf("open %s failed\n", SensorPaths::kSchemeStateFile);
         return 0;
     }
-    std::puts("ISensorController::createSensorXML success");
+    KSLogger::consolePuts("ISensorController::createSensorXML success");
     return 1;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "platform/IntFormat.h"
+#include "platform/KSLogger.h"
 
 SensorCache::Pairs::iterator SensorCache::lowerBoundSearch(int id) {
     auto it = std::lower_bound(m_values.begin(), m_values.end(), id,
@@ -48,7 +49,7 @@ int SensorCache::compareToCache(int id, int value) {
 int SensorCache::setSensorValues(const std::string& text) {
     KSMutexGuard lock(m_mutex);
     if (!SensorParameterParser::parseSensorParameter(text, m_values)) {
-        std::puts("parseSensorParameter failed");
+        KSLogger::consolePuts("parseSensorParameter failed");
         return 0;
     }
     return 1;
@@ -60,7 +61,7 @@ int SensorCache::replaceSensorValues(const std::string& text, Pairs& parsed) {
     m_bCursorValid = false;
     int ok = 1;
     if (!SensorParameterParser::parseSensorParameter(text, m_values)) {
-        std::puts("parseSensorParameter failed");
+        KSLogger::consolePuts("parseSensorParameter failed");
         ok = 0;
     }
     parsed.assign(m_values.begin(), m_values.end());
@@ -102,7 +103,7 @@ int SensorCache::getSensorValues(const std::string& idListText, std::string& tex
     KSMutexGuard lock(m_mutex);
     m_ids.clear();
     if (!SensorParameterParser::parseParameterIdList(idListText, m_ids)) {
-        std::printf("________SensorParameterParser::parseParameterIdList(%s) failed\n", idListText.c_str());
+        KSLogger::consolePrintf("________SensorParameterParser::parseParameterIdList(%s) failed\n", idListText.c_str());
         return 0;
     }
     m_text.clear();

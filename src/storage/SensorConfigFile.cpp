@@ -4,6 +4,7 @@
 
 #include "platform/IntFormat.h"
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/SensorParameterParser.h"
 
 SensorConfigFile::SensorConfigFile(const std::string& path) : m_strFilePath(path) {}
@@ -28,7 +29,7 @@ int SensorConfigFile::readBytesLocked(std::string& bytes) {
     bytes.assign(static_cast<size_t>(length), '\0');
     long long got = file.read(&bytes[0], length);
     if (got != length) {
-        std::printf("________read file(%s) failed\n", m_strFilePath.c_str());
+        KSLogger::consolePrintf("________read file(%s) failed\n", m_strFilePath.c_str());
         return 0;
     }
     return 1;
@@ -98,7 +99,7 @@ int SensorConfigFile::readParameterById(int id, int& value) {
 
 bool SensorConfigFile::openForWrite(KSFile& file) {
     if (file.open(m_strFilePath, KSFile::ModeWrite)) return true;
-    std::printf("________open file(%s) failed\n", m_strFilePath.c_str());
+    KSLogger::consolePrintf("________open file(%s) failed\n", m_strFilePath.c_str());
     return false;
 }
 
@@ -110,11 +111,11 @@ void SensorConfigFile::appendVersions(std::string& out) const {
 int SensorConfigFile::writeContent(KSFile& file, const std::string& content) {
     if (file.write(content.data(), static_cast<long long>(content.size())) == -1) {
         file.discard();
-        std::printf("________write file (%s) failed\n", m_strFilePath.c_str());
+        KSLogger::consolePrintf("________write file (%s) failed\n", m_strFilePath.c_str());
         return 0;
     }
     if (!file.close()) {
-        std::printf("________write file (%s) failed\n", m_strFilePath.c_str());
+        KSLogger::consolePrintf("________write file (%s) failed\n", m_strFilePath.c_str());
         return 0;
     }
     return 1;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/ModuleConfigureParser.h"
 #include "platform/ModuleParameterParser.h"
 #include "ui/SensorUIConfigFile.h"
@@ -34,7 +35,7 @@ void SensorFile::setSensorConfigFilePath(const std::string& p_strPath) {
 int SensorFile::initUIInitConfigString(const std::string& p_strPath) {
     KSFile file;
     if (!file.open(p_strPath, KSFile::ModeRead)) {
-        std::puts("ISensorController::initUIInitConfigString error");
+        KSLogger::consolePuts("ISensorController::initUIInitConfigString error");
         return 0;
     }
     long long fileLength = file.getLength();
@@ -42,7 +43,7 @@ int SensorFile::initUIInitConfigString(const std::string& p_strPath) {
     std::string text(static_cast<size_t>(fileLength), '\0');
     long long readLength = fileLength > 0 ? file.read(&text[0], fileLength) : 0;
     if (readLength < fileLength) {
-        std::printf("read sensorUIConfig failed,fileLength = %d,readLength = %lld\n", static_cast<int>(fileLength),
+        KSLogger::consolePrintf("read sensorUIConfig failed,fileLength = %d,readLength = %lld\n", static_cast<int>(fileLength),
                     readLength);
         return 0;
     }
@@ -65,31 +66,31 @@ int SensorFile::init(const std::string& p_strModuleConfigFileName, const std::st
 
     ModuleParameterParser parameters;
     if (!parameters.parse(m_objSensorModule.getParameters())) {
-        std::puts("parse senseParameter failed");
+        KSLogger::consolePuts("parse senseParameter failed");
         return 0;
     }
     std::string guiConfigName;
-    if (!parameters.getValue("GUIConfig", guiConfigName)) std::puts("get GUIConfigName from senseParameter failed");
+    if (!parameters.getValue("GUIConfig", guiConfigName)) KSLogger::consolePuts("get GUIConfigName from senseParameter failed");
 
     const std::string guiConfigPath = m_strSensorConfigFilePath + "/" + guiConfigName;
     if (initUIInitConfigString(guiConfigPath) != 1) {
-        std::printf("initUIConfigString from %s failed\n", guiConfigPath.c_str());
+        KSLogger::consolePrintf("initUIConfigString from %s failed\n", guiConfigPath.c_str());
         return 0;
     }
 
     std::string prefix;
     if (!parameters.getValue("Prefix", prefix)) {
-        std::puts("getPrefix failed ");
+        KSLogger::consolePuts("getPrefix failed ");
         return 0;
     }
 
     m_pSensorUIConfigFile->setUIConfigPath(m_strSensorConfigFilePath);
     m_pSensorUIConfigFile->setUIConfigPrefix(prefix);
     if (!m_pSensorUIConfigFile->init(m_objSensorModule.getDetail())) {
-        std::puts("m_pSensorUIConfigFile  init  failed");
+        KSLogger::consolePuts("m_pSensorUIConfigFile  init  failed");
         return 0;
     }
-    std::puts("SensorFile::init  successs !!!!");
+    KSLogger::consolePuts("SensorFile::init  successs !!!!");
     return 1;
 }
 

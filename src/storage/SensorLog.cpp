@@ -7,6 +7,6 @@ int SensorLog::init(const char* path, unsigned int size, unsigned int count) {
 }
 
 int SensorLog::WriteSensorLog(const char* tag, const char* text) {
-    std::printf("%s\n", text ? text : "");
+    KSLogger::consolePrintf("%s\n", text ? text : "");
     return m_logger.writeLog(tag, text) ? 1 : 0;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
 #include "platform/XmlDocumentCheck.h"
 
@@ -68,7 +69,7 @@ int MergedXml::keyOf(const XMLElement* p_pElement) {
 bool MergedXml::readWholeFile(const std::string& p_strPath, std::string& p_strText) {
     KSFile file;
     if (!file.open(p_strPath, KSFile::ModeRead)) {
-        std::puts("mergeStyleXml file open failed ");
+        KSLogger::consolePuts("mergeStyleXml file open failed ");
         return false;
     }
     long long length = file.getLength();
@@ -116,7 +117,7 @@ bool MergedXml::blockApplies(const XMLElement* p_pBlock, const std::string& p_st
         ModuleParameterParser detail;
         if (!detail.parse(p_strDetail)) {
             // The module's keys are unknown, so no condition can hold.
-            std::puts("parse detail failed");
+            KSLogger::consolePuts("parse detail failed");
             return false;
         }
         std::string value;
@@ -135,7 +136,7 @@ bool MergedXml::addAfter(const XMLElement* p_pOperation) {
              pNew = pNew->NextSiblingElement()) {
             XMLElement* pTab = nullptr;
             if (!findNodeByKey(nKey, pRoot, pTab)) {
-                std::printf("can't find tab by key(%d)\n", nKey);
+                KSLogger::consolePrintf("can't find tab by key(%d)\n", nKey);
                 return false;
             }
             // With no tab to stand next to, the new element is dropped.
@@ -156,7 +157,7 @@ bool MergedXml::addBefore(const XMLElement* p_pOperation) {
              pNew = pNew->NextSiblingElement()) {
             XMLElement* pTab = nullptr;
             if (!findNodeByKey(nKey, pRoot, pTab)) {
-                std::printf("can't find tab by key(%d)\n", nKey);
+                KSLogger::consolePrintf("can't find tab by key(%d)\n", nKey);
                 return false;
             }
             // The anchor stays in place, so each element lands after the
@@ -176,7 +177,7 @@ bool MergedXml::applyBlock(const XMLElement* p_pBlock) {
                  pTarget = pTarget->NextSiblingElement()) {
                 const int nKey = keyOf(pTarget);
                 if (!deleteTabNode(nKey)) {
-                    std::printf("delete key(%d) failed\n", nKey);
+                    KSLogger::consolePrintf("delete key(%d) failed\n", nKey);
                     return false;
                 }
             }
@@ -192,7 +193,7 @@ bool MergedXml::applyBlock(const XMLElement* p_pBlock) {
 
 bool MergedXml::mergeStyleXml(const std::string& p_strDetail) {
     if (m_strStyleOriginalPath.empty() || m_strStyleModifyPath.empty()) {
-        std::puts("m_strStyleModifyPath or m_strStyleOriginalPath is NULL,Please set path first");
+        KSLogger::consolePuts("m_strStyleModifyPath or m_strStyleOriginalPath is NULL,Please set path first");
         return false;
     }
     std::string baseText;
@@ -210,11 +211,11 @@ bool MergedXml::mergeStyleXml(const std::string& p_strDetail) {
     // is printed is exactly the merged document.
     std::string why;
     if (!XmlDocumentCheck::parse(*m_pStyleBaseDoc, baseText, XmlDocumentCheck::Elements::One, why)) {
-        std::printf("style file %s: %s\n", m_strStyleOriginalPath.c_str(), why.c_str());
+        KSLogger::consolePrintf("style file %s: %s\n", m_strStyleOriginalPath.c_str(), why.c_str());
         return false;
     }
     if (!XmlDocumentCheck::parse(*m_pStyleModifyDoc, modifyText, XmlDocumentCheck::Elements::Any, why)) {
-        std::printf("style diversity file %s: %s\n", m_strStyleModifyPath.c_str(), why.c_str());
+        KSLogger::consolePrintf("style diversity file %s: %s\n", m_strStyleModifyPath.c_str(), why.c_str());
         return false;
     }
 
@@ -230,7 +231,7 @@ bool MergedXml::mergeLangXml(const std::string& /*p_strDetail*/) { return true; 
 
 bool MergedXml::getStyleMergedString(const std::string& p_strDetail, std::string& p_strText) {
     if (!mergeStyleXml(p_strDetail)) {
-        std::puts("mergeStyleXml failed");
+        KSLogger::consolePuts("mergeStyleXml failed");
         return false;
     }
     tinyxml2::XMLPrinter printer;
@@ -241,7 +242,7 @@ bool MergedXml::getStyleMergedString(const std::string& p_strDetail, std::string
 
 bool MergedXml::getLangMergedString(const std::string& p_strDetail, std::string& p_strText) {
     if (!mergeLangXml(p_strDetail)) {
-        std::puts("mergeLangXml failed");
+        KSLogger::consolePuts("mergeLangXml failed");
         return false;
     }
     tinyxml2::XMLPrinter printer;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/KSFile.h"
+#include "platform/KSLogger.h"
 #include "platform/SensorLanguageConfig.h"
 #include "platform/SensorLanguageConfigParser.h"
 #include "ui/MergedXml.h"
@@ -44,7 +45,7 @@ bool SensorUIConfigFile::getFileText(const std::string& p_strPath, std::string& 
 bool SensorUIConfigFile::init(const std::string& p_strDetail) {
     std::vector<SensorLanguageConfig> languages;
     if (!SensorLanguageConfigParser::parse(m_strLanguageConfigPath, languages)) {
-        std::puts("parse SensorLanguageConfig.xml failed ");
+        KSLogger::consolePuts("parse SensorLanguageConfig.xml failed ");
         return false;
     }
 
@@ -54,7 +55,7 @@ bool SensorUIConfigFile::init(const std::string& p_strDetail) {
     if (!modifyFile.open(styleModifyPath, KSFile::ModeRead)) {
         // No changes for this module: the style text is served as shipped.
         if (!getFileText(stylePath, m_strStyleText)) {
-            std::printf("getStyleFileText failed , path=%s \n", stylePath.c_str());
+            KSLogger::consolePrintf("getStyleFileText failed , path=%s \n", stylePath.c_str());
             return false;
         }
     } else {
@@ -63,7 +64,7 @@ bool SensorUIConfigFile::init(const std::string& p_strDetail) {
         objMergedXml.setStyleOriginalPath(stylePath);
         objMergedXml.setStyleModifyPath(styleModifyPath);
         if (!objMergedXml.getStyleMergedString(p_strDetail, m_strStyleText)) {
-            std::printf("objMergedXml.getStyleMergedString(%s) failed\n", p_strDetail.c_str());
+            KSLogger::consolePrintf("objMergedXml.getStyleMergedString(%s) failed\n", p_strDetail.c_str());
             return false;
         }
     }
@@ -77,7 +78,7 @@ bool SensorUIConfigFile::init(const std::string& p_strDetail) {
         const std::string commonPath = m_strCommonDir + "/" + folder + "/" + "SensorCommon.xml";
         std::string commonText;
         if (!getFileText(commonPath, commonText)) {
-            std::printf("getCommonFile failed , path=%s\n", commonPath.c_str());
+            KSLogger::consolePrintf("getCommonFile failed , path=%s\n", commonPath.c_str());
             continue;
         }
         m_commonTexts[nLanguageId].swap(commonText);
@@ -85,7 +86,7 @@ bool SensorUIConfigFile::init(const std::string& p_strDetail) {
         const std::string languagePath = m_strLanguageDir + "/" + folder + "/" + m_strPrefix + "Lang.xml";
         std::string languageText;
         if (!getFileText(languagePath, languageText)) {
-            std::printf("getLanguageFile failed , path=%s\n", languagePath.c_str());
+            KSLogger::consolePrintf("getLanguageFile failed , path=%s\n", languagePath.c_str());
             continue;
         }
         m_languageTexts[nLanguageId].swap(languageText);

@@ -53,3 +53,16 @@ TEST(KSLoggerTest, OverlongLineIsCut) {
     log.writeLog("T", std::string(500, 'x').c_str());
     EXPECT_LE(root.read("/log/L.log").size(), 64u);
 }
+
+TEST(KSLoggerConsoleTest, ConsoleLinesCanBeSwitchedOffAndOn) {
+    ASSERT_TRUE(KSLogger::isConsoleEnabled());
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(KSLogger::consolePrintf("a%d\n", 1), 3);
+    KSLogger::setConsoleEnabled(false);
+    EXPECT_FALSE(KSLogger::isConsoleEnabled());
+    EXPECT_EQ(KSLogger::consolePrintf("b%d\n", 2), 0);
+    EXPECT_EQ(KSLogger::consolePuts("c"), 0);
+    KSLogger::setConsoleEnabled(true);
+    EXPECT_GE(KSLogger::consolePuts("d"), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "a1\nd\n");
+}

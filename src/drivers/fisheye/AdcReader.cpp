@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "platform/KSLogger.h"
+
 AdcReader::AdcReader() : AdcReader(AdcDevice::create()) {}
 
 AdcReader::AdcReader(std::unique_ptr<AdcDevice> p_pDevice) : m_pDevice(std::move(p_pDevice)) {
@@ -19,14 +21,14 @@ AdcReader::~AdcReader() {
 
 bool AdcReader::read(int& p_nValue) {
     if (m_nFd < 0) {
-        printf("open adc fail ");
+        KSLogger::consolePrintf("open adc fail ");
         return false;
     }
     AdcDevice::Record objRecord;
     objRecord.nChannel = Channel;
     objRecord.nValue = 0;
     if (m_pDevice->request(m_nFd, AdcDevice::GetDataRequest, &objRecord) != 0) {
-        printf("enable the adc ADC_GET_DATA error  ");
+        KSLogger::consolePrintf("enable the adc ADC_GET_DATA error  ");
         return false;
     }
     p_nValue = objRecord.nValue;

@@ -6,6 +6,7 @@
 
 #include "drivers/fisheye/AdcReader.h"
 #include "drivers/fisheye/KsiaDriver.h"
+#include "platform/KSLogger.h"
 #include "platform/KestraTime.h"
 #include "platform/MachineInfo.h"
 #include "platform/ModuleParameterParser.h"
@@ -28,7 +29,7 @@ void copyField(char* field, size_t width, const std::string& text) {
 void readDetail(const ModuleParameterParser& parser, const char* key, const char* missingText, std::string& value) {
     value.clear();
     if (!parser.getValue(key, value)) {
-        std::puts(missingText);
+        KSLogger::consolePuts(missingText);
         value.clear();
     }
 }
@@ -88,7 +89,7 @@ void S2FisheyeSenseController::sendGetUnchecked(int p_nCommand, int& p_nValue) {
 
 bool S2FisheyeSenseController::isAppointRange(int p_nValue, const char* p_szFunction, int p_nLine) {
     if (isWithin(p_nValue, 100)) return true;
-    std::printf("%s   %d IsAppointRange(%d) out of range\n", p_szFunction, p_nLine, p_nValue);
+    KSLogger::consolePrintf("%s   %d IsAppointRange(%d) out of range\n", p_szFunction, p_nLine, p_nValue);
     return false;
 }
 
@@ -122,7 +123,7 @@ int S2FisheyeSenseController::getSharpness(int& p_nValue) { return sendGet(KSIA_
 
 int S2FisheyeSenseController::setShutterMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("p_nShutterMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nShutterMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_SHUTTER_MODE, p_nValue, __func__, __LINE__);
@@ -133,7 +134,7 @@ int S2FisheyeSenseController::getShutterMode(int& p_nValue) {
 
 int S2FisheyeSenseController::setMaxShutter(int p_nValue) {
     if (!isWithin(p_nValue, 18)) {
-        std::printf("p_nMaxShutter(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nMaxShutter(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_MAX_SHUTTER, p_nValue, __func__, __LINE__);
@@ -142,7 +143,7 @@ int S2FisheyeSenseController::getMaxShutter(int& p_nValue) { return sendGet(KSIA
 
 int S2FisheyeSenseController::setFixShutter(int p_nValue) {
     if (!isWithin(p_nValue, 18)) {
-        std::printf("p_nFixShutter(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nFixShutter(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_FIXED_SHUTTER, p_nValue, __func__, __LINE__);
@@ -153,7 +154,7 @@ int S2FisheyeSenseController::getFixShutter(int& p_nValue) {
 
 int S2FisheyeSenseController::setGainMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("p_nGainMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nGainMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_GAIN_MODE, p_nValue, __func__, __LINE__);
@@ -174,7 +175,7 @@ int S2FisheyeSenseController::getFixGain(int& p_nValue) { return sendGet(KSIA_FI
 
 int S2FisheyeSenseController::setIrisMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("p_nIrisMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nIrisMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_IRIS_MODE, p_nValue, __func__, __LINE__);
@@ -189,7 +190,7 @@ int S2FisheyeSenseController::getIrisSpeed(int& p_nValue) { return sendGet(KSIA_
 
 int S2FisheyeSenseController::setRoomInnerOrOutMode(int p_nValue) {
     if (!isWithin(p_nValue, 2)) {
-        std::printf("p_nRoomIntOrOutMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nRoomIntOrOutMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_INDOOR_OUTDOOR, p_nValue, __func__, __LINE__);
@@ -200,7 +201,7 @@ int S2FisheyeSenseController::getRoomInnerOrOutMode(int& p_nValue) {
 
 int S2FisheyeSenseController::setWDRMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("p_nShutterMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nShutterMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_WDR_MODE, p_nValue, __func__, __LINE__);
@@ -217,7 +218,7 @@ int S2FisheyeSenseController::getWDRContrast(int& p_nValue) {
 
 int S2FisheyeSenseController::setPhotometry(int p_nValue) {
     if (!isWithin(p_nValue, 3)) {
-        std::printf("p_nPhotometry(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nPhotometry(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_PHOTOMETRY, p_nValue, __func__, __LINE__);
@@ -226,7 +227,7 @@ int S2FisheyeSenseController::getPhotometry(int& p_nValue) { return sendGet(KSIA
 
 int S2FisheyeSenseController::setHLCMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("p_nHLCMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nHLCMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_HLC_MODE, p_nValue, __func__, __LINE__);
@@ -246,7 +247,7 @@ int S2FisheyeSenseController::setBLCMode(int p_nValue) { return sendSet(KSIA_BLC
 int S2FisheyeSenseController::getBLCMode(int& p_nValue) {
     sendGet(KSIA_BLC_MODE, p_nValue, __func__, __LINE__);
     if (!turnPictureToDay()) {
-        std::printf("turnPictureToDay failed\n");
+        KSLogger::consolePrintf("turnPictureToDay failed\n");
         return 0;
     }
     m_nDayNightState = kDay;
@@ -261,7 +262,7 @@ int S2FisheyeSenseController::setDTNThreshold(int p_nValue) {
     // The partner is compared only when a value for it is known.
     int nNTD = 0;
     if (getParameter(13, nNTD) && p_nValue <= nNTD) {
-        std::puts("Error:DTN<NTD @setDTNThreshold");
+        KSLogger::consolePuts("Error:DTN<NTD @setDTNThreshold");
         return 0;
     }
     return sendSet(KSIA_DTN_THRESHOLD, p_nValue, __func__, __LINE__);
@@ -275,7 +276,7 @@ int S2FisheyeSenseController::setNTDThreshold(int p_nValue) {
     if (!isAppointRange(p_nValue, __func__, __LINE__)) return 0;
     int nDTN = 0;
     if (getParameter(12, nDTN) && nDTN <= p_nValue) {
-        std::puts("Error:DTN<NTD @setNTDThreshold");
+        KSLogger::consolePuts("Error:DTN<NTD @setNTDThreshold");
         return 0;
     }
     return sendSet(KSIA_NTD_THRESHOLD, p_nValue, __func__, __LINE__);
@@ -292,7 +293,7 @@ int S2FisheyeSenseController::setInfraredDTNThreshold(int p_nValue) {
     if (!isAppointRange(p_nValue, __func__, __LINE__)) return 0;
     int nNTD = 0;
     if (getParameter(33, nNTD) && p_nValue <= nNTD) {
-        std::printf("Error:DTN(%d)<NTD(%d) @setInfraredDTNThreshold\n", p_nValue, nNTD);
+        KSLogger::consolePrintf("Error:DTN(%d)<NTD(%d) @setInfraredDTNThreshold\n", p_nValue, nNTD);
         return 0;
     }
     m_nInfraredDTNThreshold = p_nValue;
@@ -311,7 +312,7 @@ int S2FisheyeSenseController::setInfraredNTDThreshold(int p_nValue) {
     if (!isAppointRange(p_nValue, __func__, __LINE__)) return 0;
     int nDTN = 0;
     if (getParameter(32, nDTN) && nDTN <= p_nValue) {
-        std::printf("Error:DTN(%d)<NTD(%d) @setInfraredNTDThreshold \n", nDTN, p_nValue);
+        KSLogger::consolePrintf("Error:DTN(%d)<NTD(%d) @setInfraredNTDThreshold \n", nDTN, p_nValue);
         return 0;
     }
     m_nInfraredNTDThreshold = p_nValue;
@@ -347,7 +348,7 @@ int S2FisheyeSenseController::getInfraredManualValue(int& p_nValue) {
 
 int S2FisheyeSenseController::setMirror(int p_nValue) {
     if (!isWithin(p_nValue, 3)) {
-        std::printf("p_nMirror(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nMirror(%d) out of range\n", p_nValue);
         return 0;
     }
     int nBeAway = 0;
@@ -365,7 +366,7 @@ int S2FisheyeSenseController::getMirror(int& p_nValue) { return sendGet(KSIA_MIR
 
 int S2FisheyeSenseController::setBeAwayMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("setBeAwayMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("setBeAwayMode(%d) out of range\n", p_nValue);
         return 0;
     }
     int nMirror = 0;
@@ -393,7 +394,7 @@ int S2FisheyeSenseController::getBeAwayMode(int& p_nValue) { return sendGet(KSIA
 
 int S2FisheyeSenseController::setNR2DMode(int p_nValue) {
     if (!isWithin(p_nValue, 2)) {
-        std::printf("p_nNR2DMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nNR2DMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_NR2D_MODE, p_nValue, __func__, __LINE__);
@@ -418,7 +419,7 @@ int S2FisheyeSenseController::getNR2DFixContrast(int& p_nValue) {
 
 int S2FisheyeSenseController::setNR3DMode(int p_nValue) {
     if (!isWithin(p_nValue, 2)) {
-        std::printf("p_nNR3DMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nNR3DMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_NR3D_MODE, p_nValue, __func__, __LINE__);
@@ -443,7 +444,7 @@ int S2FisheyeSenseController::getNR3DFixContrast(int& p_nValue) {
 
 int S2FisheyeSenseController::setDeFog(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
-        std::printf("p_nShutterMode(%d) out of range\n", p_nValue);
+        KSLogger::consolePrintf("p_nShutterMode(%d) out of range\n", p_nValue);
         return 0;
     }
     return sendSet(KSIA_DEFOG, p_nValue, __func__, __LINE__);
@@ -503,7 +504,7 @@ int S2FisheyeSenseController::ResetAll() {
 
 int S2FisheyeSenseController::updateSensorVideoSystem(int videoSystem, const VideoResolution&) {
     if (videoSystem != 0 && videoSystem != 1) {
-        std::puts("not PAL or NTSC param!");
+        KSLogger::consolePuts("not PAL or NTSC param!");
         return 0;
     }
     // The ISP numbers the two video systems the other way round.
@@ -585,7 +586,7 @@ int S2FisheyeSenseController::setParameterToSensor(int id, int value) {
         default: break;  // 42, 45 and ids outside 1-56: nothing to do
     }
     if (nResult == 0 && szFailure != nullptr) {
-        std::puts(szFailure);
+        KSLogger::consolePuts(szFailure);
         return 0;
     }
     return 1;
@@ -643,7 +644,7 @@ int S2FisheyeSenseController::getParameterFromSensor(int id, int& value) {
         default: break;  // 40-53 are actions and intervals without a reading
     }
     if (nResult == 0 && szFailure != nullptr) {
-        std::puts(szFailure);
+        KSLogger::consolePuts(szFailure);
         return 0;
     }
     return 1;
@@ -666,7 +667,7 @@ int S2FisheyeSenseController::getDNStatusFromSensor(int& status) {
 int S2FisheyeSenseController::getDNStatusFromLDR(int& status) {
     int nReading = 0;
     if (!m_pAdc || !m_pAdc->read(nReading)) {
-        std::printf("getADCValue failed %d\n", 0);
+        KSLogger::consolePrintf("getADCValue failed %d\n", 0);
         return 0;
     }
     const int nPercent = static_cast<int>(100 * nReading / static_cast<double>(AdcFullScale));
@@ -700,11 +701,11 @@ int S2FisheyeSenseController::turnPictureToNight() {
 }
 
 int S2FisheyeSenseController::initController(int, const ModuleConfigure& cfg) {
-    std::puts("S2FisheyeSenseController::initController");
+    KSLogger::consolePuts("S2FisheyeSenseController::initController");
 
     ModuleParameterParser objDetail;
     if (!objDetail.parse(cfg.getDetail())) {
-        std::puts("parse detail failed");
+        KSLogger::consolePuts("parse detail failed");
         return 0;
     }
     readDetail(objDetail, "autoFocus", "get autoFocus from detail failed", m_strAutoFocus);
@@ -735,7 +736,7 @@ int S2FisheyeSenseController::initController(int, const ModuleConfigure& cfg) {
         std::sscanf(strValue.c_str(), "%d,%d,%d", &m_nInfraredGroup, &m_nInfraredPin, &m_nInfraredDayLevel);
         m_bLDRBoard = 1;
         sendSetUnchecked(KSIA_INFRARED_PRESENT, 1);
-        std::printf("=====*****==============initController========gpio group %d pin  %d  val %d \n",
+        KSLogger::consolePrintf("=====*****==============initController========gpio group %d pin  %d  val %d \n",
                     m_nInfraredGroup, m_nInfraredPin, m_nInfraredDayLevel);
     }
 
@@ -746,14 +747,14 @@ int S2FisheyeSenseController::initController(int, const ModuleConfigure& cfg) {
     readDetail(objDetail, "GPIO", "get GPIO from detail failed", strGPIO);
     ModuleParameterParser objParameters;
     if (!objParameters.parse(cfg.getParameters())) {
-        std::puts("parse senseParameter failed");
+        KSLogger::consolePuts("parse senseParameter failed");
         return 0;
     }
     // The IR-cut filter's GPIO, which is also the day/night input of a GPIO-driven board.
     int nGroup = 0, nPin = 0, nLevel = 0;
     int nScanned = std::sscanf(strGPIO.c_str(), "%d,%d,%d", &nGroup, &nPin, &nLevel);
     if (nScanned < 3) {
-        std::printf("parse GPIO param failed,nRet=%d\n", nScanned);
+        KSLogger::consolePrintf("parse GPIO param failed,nRet=%d\n", nScanned);
         return 0;
     }
     m_nIrCutGroup = nGroup;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/CameraLensZMAAlgorithm.h"
+#include "platform/KSLogger.h"
 #include "platform/KestraTime.h"
 #include "platform/ModuleParameterParser.h"
 #include "platform/ZMAParamFileToArray.h"
@@ -260,7 +261,7 @@ int FCBEV7310SenseController::setMirror(int p_nMirror) {
     static const bool kReverse[4] = {false, true, true, false};
     static const bool kFlip[4] = {false, false, true, true};
     if (static_cast<unsigned int>(p_nMirror) > 3) {
-        std::printf("p_nMirror(%d) is out of range\n", p_nMirror);
+        KSLogger::consolePrintf("p_nMirror(%d) is out of range\n", p_nMirror);
         return 0;
     }
     unsigned char h = kReverse[p_nMirror] ? 0x02 : 0x03;
@@ -271,7 +272,7 @@ int FCBEV7310SenseController::setMirror(int p_nMirror) {
 
 int FCBEV7310SenseController::setExposalMode(int p_nMode) {
     if (static_cast<unsigned int>(p_nMode) > 4) {
-        std::printf("p_nExposalMode(%d) is out of range\n", p_nMode);
+        KSLogger::consolePrintf("p_nExposalMode(%d) is out of range\n", p_nMode);
         return 0;
     }
     if (p_nMode == 4 && (m_nAutoIris == 1 || m_nAutoIris == 3)) {
@@ -279,7 +280,7 @@ int FCBEV7310SenseController::setExposalMode(int p_nMode) {
         // the brightness: the bright value is then not the module's to set.
         unsigned char fullAuto = 0x00;
         if (!sendCommand(0x39, &fullAuto, 1)) {
-            std::printf("setExposalMode failed\n");
+            KSLogger::consolePrintf("setExposalMode failed\n");
             return 0;
         }
         m_nExposureMode = 0;
@@ -293,7 +294,7 @@ int FCBEV7310SenseController::setExposalMode(int p_nMode) {
 
 int FCBEV7310SenseController::setBright(int p_nBright) {
     if (static_cast<unsigned int>(p_nBright) > 27) {
-        std::printf("p_nBright(%d) is out of range\n", p_nBright);
+        KSLogger::consolePrintf("p_nBright(%d) is out of range\n", p_nBright);
         return 0;
     }
     if (!(kModeBright & (1u << m_nExposureMode))) {
@@ -344,7 +345,7 @@ int FCBEV7310SenseController::setParameterToSensor(int id, int value) {
     if (row == nullptr) return base;
     if (!statusReady()) return 0;
     if (!row->inRange(value)) {
-        std::printf("%s(%d) is out of range\n", row->rangeName, value);
+        KSLogger::consolePrintf("%s(%d) is out of range\n", row->rangeName, value);
         return 0;
     }
     int result = 0;
@@ -378,7 +379,7 @@ int FCBEV7310SenseController::setParameterToSensor(int id, int value) {
         default: result = 0; break;
         }
     }
-    if (!result) std::printf("set%s error,value is %d\n", row->name, value);
+    if (!result) KSLogger::consolePrintf("set%s error,value is %d\n", row->name, value);
     return result ? 1 : 0;
 }
 
@@ -404,7 +405,7 @@ int FCBEV7310SenseController::getParameterFromSensor(int id, int& value) {
         result = 1;
     }
     if (!result) {
-        std::printf("get%s error,value is %d\n", row->name, value);
+        KSLogger::consolePrintf("get%s error,value is %d\n", row->name, value);
         return 0;
     }
     value = v;
@@ -449,7 +450,7 @@ int FCBEV7310SenseController::FocusNear(int speed) {
 
 int FCBEV7310SenseController::ZoomIn(int speed) {
     if (static_cast<unsigned int>(speed) > 8) {
-        std::printf("ZoomUp(%d) is out of range\n", speed);
+        KSLogger::consolePrintf("ZoomUp(%d) is out of range\n", speed);
         return 0;
     }
     unsigned char v = static_cast<unsigned char>(0x20 | speed);
@@ -458,7 +459,7 @@ int FCBEV7310SenseController::ZoomIn(int speed) {
 
 int FCBEV7310SenseController::ZoomOut(int speed) {
     if (static_cast<unsigned int>(speed) > 8) {
-        std::printf("ZoomOut(%d) is out of range\n", speed);
+        KSLogger::consolePrintf("ZoomOut(%d) is out of range\n", speed);
         return 0;
     }
     unsigned char v = static_cast<unsigned char>(0x30 | speed);
@@ -520,7 +521,7 @@ int FCBEV7310SenseController::getFocusValue(int& position) {
 
 int FCBEV7310SenseController::setFocusMode(int mode) {
     if (static_cast<unsigned int>(mode) > 1) {
-        std::printf("p_nFocusMode(%d) is out of range\n", mode);
+        KSLogger::consolePrintf("p_nFocusMode(%d) is out of range\n", mode);
         return 0;
     }
     unsigned char v = mode == 0 ? 0x02 : 0x03;
@@ -564,7 +565,7 @@ int FCBEV7310SenseController::setSensorVideoSystem(int, const VideoResolution&) 
 
 int FCBEV7310SenseController::setCameraBuadRate(int p_nIndex) {
     if (static_cast<unsigned int>(p_nIndex) >= BaudCount) {
-        std::printf("setCameraBuadRate(%d) is out of range\n", p_nIndex);
+        KSLogger::consolePrintf("setCameraBuadRate(%d) is out of range\n", p_nIndex);
         return 0;
     }
     unsigned char v[3] = {0x00, 0x00, static_cast<unsigned char>(p_nIndex)};
@@ -576,7 +577,7 @@ int FCBEV7310SenseController::getCameraBaudRate(int& p_nIndex) {
     unsigned char a[5] = {0};
     if (!getParameterValue(reinterpret_cast<const char*>(inquiry), 6, reinterpret_cast<char*>(a), 5) ||
         a[0] != 0x90 || a[1] != 0x50 || a[4] != 0xFF || a[2] > 0x0F || a[3] > 0x0F) {
-        std::printf("getCameraBaudRate szRecvBuf error\n");
+        KSLogger::consolePrintf("getCameraBaudRate szRecvBuf error\n");
         return 0;
     }
     p_nIndex = a[2] << 4 | a[3];
@@ -593,7 +594,7 @@ int FCBEV7310SenseController::restartCamera() {
         KestraTime(1, 0).wait();
         return 0;
     }
-    std::puts("Restarting sensor");
+    KSLogger::consolePuts("Restarting sensor");
     KestraTime(RestartSeconds, 0).wait();
     drainUnderLock();
     return 1;
@@ -602,7 +603,7 @@ int FCBEV7310SenseController::restartCamera() {
 int FCBEV7310SenseController::changeCameraBuadrate(int p_nBuadrate) {
     const int wanted = indexOfBaud(p_nBuadrate);
     if (wanted < 0) {
-        std::printf("p_nBuadrate out of range, p_nBuadrate = %d\n", p_nBuadrate);
+        KSLogger::consolePrintf("p_nBuadrate out of range, p_nBuadrate = %d\n", p_nBuadrate);
         return 0;
     }
     int current = -1;
@@ -610,13 +611,13 @@ int FCBEV7310SenseController::changeCameraBuadrate(int p_nBuadrate) {
     int result = 0;
     for (int i = 0; i < BaudCount && !result; ++i) {
         if (!m_pUART->setParameter(m_nUARTPort, kBauds[i], m_nDataBits, m_nStopBits, m_nParity)) {
-            std::printf("m_pUART->setParameter(m_nUARTIndex,m_nBaudarate,m_nDataBits,m_nStopBits,m_nParity) failed\n");
+            KSLogger::consolePrintf("m_pUART->setParameter(m_nUARTIndex,m_nBaudarate,m_nDataBits,m_nStopBits,m_nParity) failed\n");
             continue;
         }
         if (!getCameraBaudRate(current) || current != i) continue;
-        std::printf("the camera baudrate is %d\n", kBauds[i]);
+        KSLogger::consolePrintf("the camera baudrate is %d\n", kBauds[i]);
         if (!setCameraBuadRate(wanted) || !restartCamera()) break;
-        std::printf("restart camera successed ");
+        KSLogger::consolePrintf("restart camera successed ");
         result = 1;
     }
     // The local port goes back to the configured line in every case.
@@ -629,42 +630,42 @@ int FCBEV7310SenseController::changeCameraBuadrate(int p_nBuadrate) {
 void FCBEV7310SenseController::readDayNightKeys(const ModuleConfigure& cfg) {
     ModuleParameterParser objDetail;
     objDetail.parse(cfg.getDetail());
-    if (!objDetail.getValue("isNewInfrared", m_nNewInfrared)) std::puts("get isNewInfrared from detail failed");
+    if (!objDetail.getValue("isNewInfrared", m_nNewInfrared)) KSLogger::consolePuts("get isNewInfrared from detail failed");
     int autoIris = 0;
     if (objDetail.getValue("autoIris", autoIris)) m_nAutoIris = autoIris;
     ModuleParameterParser objParameters;
     objParameters.parse(cfg.getParameters());
-    if (!objParameters.getValue("toDayADCVal", m_nToDayADCVal)) std::puts("get toDayADCVal from senseParameter failed");
+    if (!objParameters.getValue("toDayADCVal", m_nToDayADCVal)) KSLogger::consolePuts("get toDayADCVal from senseParameter failed");
     if (!objParameters.getValue("toNightADCVal", m_nToNightADCVal))
-        std::puts("get toNightADCVal from senseParameter failed");
-    if (!objParameters.getValue("toDayDelay", m_nToDayDelay)) std::puts("get toDayDelay from senseParameter failed");
-    if (!objParameters.getValue("DCDay", m_nDCDay)) std::puts("get DCDay from senseParameter failed");
-    if (!objParameters.getValue("DCNight", m_nDCNight)) std::puts("get DCNight from senseParameter failed");
+        KSLogger::consolePuts("get toNightADCVal from senseParameter failed");
+    if (!objParameters.getValue("toDayDelay", m_nToDayDelay)) KSLogger::consolePuts("get toDayDelay from senseParameter failed");
+    if (!objParameters.getValue("DCDay", m_nDCDay)) KSLogger::consolePuts("get DCDay from senseParameter failed");
+    if (!objParameters.getValue("DCNight", m_nDCNight)) KSLogger::consolePuts("get DCNight from senseParameter failed");
 }
 
 void FCBEV7310SenseController::loadLensTable() {
     ZMAParamFileToArray objZMAFileToArray;
     std::vector<ZMAParam> m_objZMAParam;
     if (!objZMAFileToArray.setFilePath(kLensTablePath)) {
-        std::printf("objZMAFileToArray.setFilePath(%s) failed\n", kLensTablePath);
+        KSLogger::consolePrintf("objZMAFileToArray.setFilePath(%s) failed\n", kLensTablePath);
         return;
     }
     if (!objZMAFileToArray.get(m_objZMAParam)) {
-        std::printf("objZMAFileToArray.get(m_objZMAParam;) failed\n");
-        std::printf("%s\n", objZMAFileToArray.getError().c_str());
+        KSLogger::consolePrintf("objZMAFileToArray.get(m_objZMAParam;) failed\n");
+        KSLogger::consolePrintf("%s\n", objZMAFileToArray.getError().c_str());
         return;
     }
     m_pZMAAlgorithm->setZMAParam(m_objZMAParam);
 }
 
 int FCBEV7310SenseController::initController(int, const ModuleConfigure& cfg) {
-    std::printf("FCBEV7310SenseController::init,ModuleConfigure is(%s,%s)\n", cfg.getDetail().c_str(),
+    KSLogger::consolePrintf("FCBEV7310SenseController::init,ModuleConfigure is(%s,%s)\n", cfg.getDetail().c_str(),
                 cfg.getParameters().c_str());
     if (!openSerialPort(cfg)) return 0;
     readDayNightKeys(cfg);
     loadLensTable();
     if (!changeCameraBuadrate(m_nBaudrate)) {
-        std::printf("changeCameraBuadrate(%d)failed\n", m_nBaudrate);
+        KSLogger::consolePrintf("changeCameraBuadrate(%d)failed\n", m_nBaudrate);
         return 0;
     }
     return 1;

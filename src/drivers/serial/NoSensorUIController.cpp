@@ -5,6 +5,7 @@
 
 #include "drivers/serial/SerialLineSettings.h"
 #include "platform/GThread.h"
+#include "platform/KSLogger.h"
 #include "platform/KestraTime.h"
 
 NoSensorUIController::NoSensorUIController() : ISensorController(SensorType) {
@@ -45,20 +46,20 @@ int NoSensorUIController::setParameterValue(const char* bytes, int length) {
         for (int i = 0; i < length; ++i)
             used += static_cast<size_t>(std::snprintf(text.data() + used, text.size() - used, i ? ",0x%x" : "0x%x",
                                                       static_cast<unsigned char>(bytes[i])));
-        std::printf("sendData !! send data failed , sendcommand=%s  ,nRet=%d\n", text.data(), nRet);
+        KSLogger::consolePrintf("sendData !! send data failed , sendcommand=%s  ,nRet=%d\n", text.data(), nRet);
         return 0;
     }
     return 1;
 }
 
 int NoSensorUIController::initController(int, const ModuleConfigure& cfg) {
-    std::printf("NoSenseUIController::init,ModuleConfigure is(%s,%s)\n", cfg.getDetail().c_str(),
+    KSLogger::consolePrintf("NoSenseUIController::init,ModuleConfigure is(%s,%s)\n", cfg.getDetail().c_str(),
                 cfg.getParameters().c_str());
     SerialLineSettings line;
     if (!line.read(cfg)) return 0;
     m_nUARTPort = m_pUART->open(line.device.c_str());
     if (m_nUARTPort < 0) {
-        std::printf("open uart (%s) failed\n", line.device.c_str());
+        KSLogger::consolePrintf("open uart (%s) failed\n", line.device.c_str());
         return 0;
     }
     // The text reads baud, data bits, parity, stop bits; the port takes stop bits before parity.
@@ -82,11 +83,11 @@ int NoSensorUIController::getDNbody() {
             m_nModuleDNState = state == 0x02 ? 0 : 1;
             KestraTime(1, 0).wait();
         } else {
-            std::printf("get daynight value out of range value = %d\n", state);
+            KSLogger::consolePrintf("get daynight value out of range value = %d\n", state);
             KestraTime(3, 0).wait();
         }
     } else {
-        std::printf("recv @getDNbody failed,nRet = %d\n", nRet);
+        KSLogger::consolePrintf("recv @getDNbody failed,nRet = %d\n", nRet);
         KestraTime(3, 0).wait();
     }
     return 0;

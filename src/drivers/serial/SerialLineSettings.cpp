@@ -3,35 +3,36 @@
 #include <cstdio>
 
 #include "app/ModuleConfigure.h"
+#include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
 
 bool SerialLineSettings::read(const ModuleConfigure& cfg) {
     ModuleParameterParser objDetail;
     if (!objDetail.parse(cfg.getDetail())) {
-        std::puts("parse detail failed");
+        KSLogger::consolePuts("parse detail failed");
         return false;
     }
     if (!objDetail.getValue("RS485", device) || device.empty()) {
-        std::puts("get RS232DeviceName from detail failed");
+        KSLogger::consolePuts("get RS232DeviceName from detail failed");
         return false;
     }
     ModuleParameterParser objParameters;
     if (!objParameters.parse(cfg.getParameters())) {
-        std::puts("parse senseParameter failed");
+        KSLogger::consolePuts("parse senseParameter failed");
         return false;
     }
     std::string strLine;
     if (!objParameters.getValue("RS485", strLine)) {
-        std::puts("get RS232Parameter from senseParameter failed");
+        KSLogger::consolePuts("get RS232Parameter from senseParameter failed");
         return false;
     }
     int v[4] = {0, 0, 0, 0};
     int nRet = std::sscanf(strLine.c_str(), "%d,%d,%d,%d", &v[0], &v[1], &v[2], &v[3]);
     if (nRet < 4) {
-        std::printf("parse RS485 param failed,nRet=%d\n", nRet < 0 ? 0 : nRet);
+        KSLogger::consolePrintf("parse RS485 param failed,nRet=%d\n", nRet < 0 ? 0 : nRet);
         return false;
     }
     for (int i = 0; i < 4; ++i) value[i] = v[i];
-    std::printf("RS485(%s) param is (%d,%d,%d,%d)\n", device.c_str(), v[0], v[1], v[2], v[3]);
+    KSLogger::consolePrintf("RS485(%s) param is (%d,%d,%d,%d)\n", device.c_str(), v[0], v[1], v[2], v[3]);
     return true;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "drivers/serial/SerialLineSettings.h"
+#include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
 
 namespace {
@@ -42,7 +43,7 @@ bool SerialSenseController::openSerialPort(const ModuleConfigure& cfg) {
         if (objDetail.getValue("isInfrared", strInfrared))
             m_nDNDetectSource = static_cast<int>(std::strtol(strInfrared.c_str(), nullptr, 10));
         else
-            std::puts("get isInfrared from detail failed");
+            KSLogger::consolePuts("get isInfrared from detail failed");
     }
     if (!line.read(cfg)) return false;
     m_strDeviceName = line.device;
@@ -53,11 +54,11 @@ bool SerialSenseController::openSerialPort(const ModuleConfigure& cfg) {
 
     m_nUARTPort = m_pUART->open(m_strDeviceName.c_str());
     if (m_nUARTPort < 0) {
-        std::printf("open uart (%s) failed\n", m_strDeviceName.c_str());
+        KSLogger::consolePrintf("open uart (%s) failed\n", m_strDeviceName.c_str());
         return false;
     }
     if (!m_pUART->setParameter(m_nUARTPort, m_nBaudrate, m_nDataBits, m_nStopBits, m_nParity)) {
-        std::printf("m_pUART->setParameter(m_nUARTIndex,m_nBaudarate,m_nDataBits,m_nStopBits,m_nParity) failed\n");
+        KSLogger::consolePrintf("m_pUART->setParameter(m_nUARTIndex,m_nBaudarate,m_nDataBits,m_nStopBits,m_nParity) failed\n");
         return false;
     }
     KSMutexGuard guard(m_UARTMutex);
@@ -105,7 +106,7 @@ int SerialSenseController::setParameterValue(const char* packet, int length) {
     for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
         int nSent = m_pUART->write(m_nUARTPort, packet, length);
         if (nSent < length) {
-            std::printf("===send(%d times) @setParameterValue failed,send(%d):\n", attempt, nSent);
+            KSLogger::consolePrintf("===send(%d times) @setParameterValue failed,send(%d):\n", attempt, nSent);
             recodeArray(bytes, length);
             clearUartBuffer();
             continue;
@@ -117,18 +118,18 @@ int SerialSenseController::setParameterValue(const char* packet, int length) {
             nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), kAckLength, SearchTimeout);
         }
         if (nRecv != kAckLength) {
-            std::printf("===recv(%d times) @setParameterValue failed,send:\n", attempt);
+            KSLogger::consolePrintf("===recv(%d times) @setParameterValue failed,send:\n", attempt);
             recodeArray(bytes, length);
-            std::printf("===recv(%d):\n", nRecv);
+            KSLogger::consolePrintf("===recv(%d):\n", nRecv);
             recodeArray(m_szRecvBuf, nRecv);
             clearUartBuffer();
             continue;
         }
         if (checkUARTRecv(m_ack[0], 3, m_szRecvBuf, nRecv) || checkUARTRecv(m_ack[1], 3, m_szRecvBuf, nRecv))
             return 1;
-        std::printf("===send:\n");
+        KSLogger::consolePrintf("===send:\n");
         recodeArray(bytes, length);
-        std::printf("===setParameterValue(%d times) recv error,recv:0x%x,0x%x,0x%x\n", attempt, m_szRecvBuf[0],
+        KSLogger::consolePrintf("===setParameterValue(%d times) recv error,recv:0x%x,0x%x,0x%x\n", attempt, m_szRecvBuf[0],
                     m_szRecvBuf[1], m_szRecvBuf[2]);
         clearUartBuffer();
     }
@@ -142,7 +143,7 @@ int SerialSenseController::getParameterValue(const char* packet, int length, cha
     for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
         int nSent = m_pUART->write(m_nUARTPort, packet, length);
         if (nSent < length) {
-            std::printf("===send(%d times) @getParameterValue failed,send(%d):\n", attempt, nSent);
+            KSLogger::consolePrintf("===send(%d times) @getParameterValue failed,send(%d):\n", attempt, nSent);
             recodeArray(bytes, length);
             clearUartBuffer();
             continue;
@@ -157,9 +158,9 @@ int SerialSenseController::getParameterValue(const char* packet, int length, cha
             std::memcpy(answer, m_szRecvBuf, static_cast<size_t>(answerLength));
             return 1;
         }
-        std::printf("===recv(%d times) @getParameterValue failed,send:\n", attempt);
+        KSLogger::consolePrintf("===recv(%d times) @getParameterValue failed,send:\n", attempt);
         recodeArray(bytes, length);
-        std::printf("===recv(%d):\n", nRecv);
+        KSLogger::consolePrintf("===recv(%d):\n", nRecv);
         recodeArray(m_szRecvBuf, nRecv);
         clearUartBuffer();
     }

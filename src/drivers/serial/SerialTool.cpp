@@ -2,12 +2,14 @@
 
 #include <cstdio>
 
+#include "platform/KSLogger.h"
+
 namespace {
 template <class T>
 void printValues(const T* values, int length) {
     for (int i = 0; values != nullptr && i < length; ++i)
-        std::printf("0x%02x\t", static_cast<unsigned int>(values[i]));
-    std::printf("\n");
+        KSLogger::consolePrintf("0x%02x\t", static_cast<unsigned int>(values[i]));
+    KSLogger::consolePrintf("\n");
 }
 }  // namespace
 
