@@ -126,15 +126,22 @@ static void watch(int fd, const char* path, int flags, int created) {
     }
 }
 
+/* The third argument of open and openat, present when a file may be created. */
+#define MODE_ARG(mode, flags)                        \
+    do {                                             \
+        (mode) = 0;                                  \
+        if ((flags) & (O_CREAT | O_TMPFILE)) {       \
+            va_list ap;                              \
+            va_start(ap, flags);                     \
+            (mode) = (mode_t)va_arg(ap, int);        \
+            va_end(ap);                              \
+        }                                            \
+    } while (0)
+
 int open(const char* path, int flags, ...) {
     setup();
-    mode_t mode = 0;
-    if (flags & (O_CREAT | O_TMPFILE)) {
-        va_list ap;
-        va_start(ap, flags);
-        mode = (mode_t)va_arg(ap, int);
-        va_end(ap);
-    }
+    mode_t mode;
+    MODE_ARG(mode, flags);
     int fd = real_open(path, flags, mode);
     watch(fd, path, flags, 0);
     return fd;
@@ -144,13 +151,8 @@ int open64(const char* path, int flags, ...) __attribute__((alias("open")));
 
 int openat(int dirfd, const char* path, int flags, ...) {
     setup();
-    mode_t mode = 0;
-    if (flags & (O_CREAT | O_TMPFILE)) {
-        va_list ap;
-        va_start(ap, flags);
-        mode = (mode_t)va_arg(ap, int);
-        va_end(ap);
-    }
+    mode_t mode;
+    MODE_ARG(mode, flags);
     int fd = real_openat(dirfd, path, flags, mode);
     if (path[0] == '/') watch(fd, path, flags, 0);
     return fd;
