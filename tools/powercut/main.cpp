@@ -340,12 +340,16 @@ pid_t PowerCut::startWriter(const std::string& script, const std::string& time, 
         ::dup2(fd, 2);
         ::close(fd);
     }
+    // POWERCUT_CAMSIM and POWERCUT_SHIM_PATH name other copies of the two programs (for
+    // a run that must not see a rebuild of the build tree replace them under it).
+    const char* camsim = std::getenv("POWERCUT_CAMSIM") ? std::getenv("POWERCUT_CAMSIM") : POWERCUT_CAMSIM;
+    const char* shimPath = std::getenv("POWERCUT_SHIM_PATH") ? std::getenv("POWERCUT_SHIM_PATH") : POWERCUT_SHIM;
     if (shim) {
-        ::setenv("LD_PRELOAD", POWERCUT_SHIM, 1);
+        ::setenv("LD_PRELOAD", shimPath, 1);
         ::setenv("POWERCUT_DIR", m_dir.c_str(), 1);
         ::setenv("POWERCUT_JOURNAL", m_journal.c_str(), 1);
     }
-    ::execl(POWERCUT_CAMSIM, "camsim", "--root", m_root.c_str(), "--time", time.c_str(), "-c", script.c_str(),
+    ::execl(camsim, "camsim", "--root", m_root.c_str(), "--time", time.c_str(), "-c", script.c_str(),
             static_cast<char*>(nullptr));
     std::_Exit(127);
 }
