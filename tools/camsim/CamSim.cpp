@@ -358,7 +358,7 @@ void CamSim::tickerLoop() {
     }
 }
 
-void CamSim::advance(int64_t ms, bool printEvents) {
+void CamSim::advance(int64_t ms, bool printEvents, bool interruptible) {
     std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
     m_pMonitor->setQuiet(!printEvents);
     // A run that takes longer than a second of real time shows its progress,
@@ -367,7 +367,7 @@ void CamSim::advance(int64_t ms, bool printEvents) {
     const auto began = std::chrono::steady_clock::now();
     auto drawn = began;
     for (int64_t left = ms; left > 0;) {
-        if (g_interrupted && printEvents) {
+        if (interruptible && g_interrupted) {
             g_interrupted = 0;
             clearProgress();
             say("interrupted (Ctrl-C) after " + std::to_string((ms - left) / 1000) + " s of " +
@@ -549,7 +549,7 @@ bool CamSim::echoAndExecute(const std::string& command) {
         PlatformClock::localTime(now);
         std::fprintf(out(), "[%02d:%02d:%02d] > %s\n", now.tm_hour, now.tm_min, now.tm_sec, printable(t).c_str());
     }
-    return execute(t);
+    return execute(t) && !m_bStopScript;
 }
 
 void CamSim::runScript(std::istream& in) {
@@ -1015,7 +1015,7 @@ void CamSim::cmdRun(const std::vector<std::string>& args) {
         error("run at most 48h at a time");
         return;
     }
-    advance(ms, true);
+    advance(ms, true, true);
 }
 
 void CamSim::cmdStatus() {

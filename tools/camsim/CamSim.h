@@ -108,7 +108,8 @@ private:
     // The library's reason for a refusal, from its console lines of this command.
     std::string refusalReason(const std::vector<std::string>& lines) const;
     // Moves the virtual clock on, letting the workers run, printing events.
-    void advance(int64_t ms, bool printEvents);
+    // A run (`interruptible`) stops at Ctrl-C; the clock's own steps do not take it.
+    void advance(int64_t ms, bool printEvents, bool interruptible = false);
     void configureSchemes();
     std::string deviceTimeText() const;
     void tickerLoop();
