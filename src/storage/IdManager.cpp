@@ -30,6 +30,10 @@ void IdManager::addParameterId(int type, int firstId, int lastId) {
 
 void IdManager::noteType(int id) {
     const int type = typeFromSets(id);
+    if (id >= 0 && id < kSmallIds) {
+        if (static_cast<size_t>(id) >= m_smallTypes.size()) m_smallTypes.resize(static_cast<size_t>(id) + 1, TypeUnknown);
+        m_smallTypes[static_cast<size_t>(id)] = static_cast<unsigned char>(type);
+    }
     if (m_types.empty() || m_types.back().first < id) {  // ascending registration: appended
         m_types.emplace_back(id, type);
         return;
@@ -43,6 +47,8 @@ void IdManager::noteType(int id) {
 }
 
 int IdManager::getIdType(int id) const {
+    if (id >= 0 && id < kSmallIds)
+        return static_cast<size_t>(id) < m_smallTypes.size() ? static_cast<int>(m_smallTypes[static_cast<size_t>(id)]) : static_cast<int>(TypeUnknown);
     auto it = std::lower_bound(m_types.begin(), m_types.end(), id,
                                [](const std::pair<int, int>& p, int key) { return p.first < key; });
     return it != m_types.end() && it->first == id ? it->second : TypeUnknown;

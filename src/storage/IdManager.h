@@ -36,6 +36,9 @@ private:
     std::set<int> m_especialIds;
     std::set<int> m_setOnlyIds;
     std::set<int> m_keepDefaultIds;
-    // (id, type) ascending by id: getIdType in one search on the parameter path.
+    // (id, type) ascending by id: getIdType in one search on the parameter path;
+    // the small ids (every id of the known controllers) by index, without a search.
+    static constexpr int kSmallIds = 4096;
     std::vector<std::pair<int, int>> m_types;
+    std::vector<unsigned char> m_smallTypes;
 };
