@@ -59,6 +59,9 @@ TEST(OwnController, ModuleIdZeroStillRunsTheOwnController) {
     EXPECT_EQ(ISensorController::InitSuccess, raw->getSensorStatus());
     EXPECT_TRUE(raw->getDNThread().isRunning());
     // A second init without a controller of its own goes back to the factory.
+    // The first controller is held here, so that the new one cannot be made
+    // at the address the first one was freed from.
+    SafePointer<ISensorController> first = manager.getSensorController();
     testing::internal::CaptureStdout();
     runPumped([&] {
         manager.init(0, VideoResolution(1920, 1080), ModuleConfigure(0, "", ""));
@@ -67,6 +70,7 @@ TEST(OwnController, ModuleIdZeroStillRunsTheOwnController) {
     testing::internal::GetCapturedStdout();
     EXPECT_NE(static_cast<ISensorController*>(raw), manager.getSensorController().get());
     EXPECT_EQ(0, manager.getSensorController()->getSensorType());
+    EXPECT_FALSE(raw->getDayNightThread().isRunning());  // stopped by the manager before it let go
 }
 
 TEST(OwnController, EmptyControllerIsRefused) {
