@@ -171,7 +171,7 @@ int FCBEV7310SenseController::sendRow(const ViscaParameter& row, int value) {
     if (n == 0) return 0;
     if (row.modeMask != 0 && !(row.modeMask & (1u << m_nExposureMode))) {
         // The exposure mode decides this value itself: nothing to send.
-        Debug_Printf("set%s(%d) not sent in exposure mode %d", row.name, value, m_nExposureMode);
+        Debug_Printf("set%s(%d) not sent in exposure mode %d", row.name, value, m_nExposureMode.load());
         return 1;
     }
     return sendPacket(packet, n);
@@ -206,13 +206,13 @@ int FCBEV7310SenseController::sendFocusNearLimit(int value) {
     return sendCommand(0x28, v, 4);
 }
 
-int FCBEV7310SenseController::sendSpotPosition(int id, int value) {
-    int x = id == 20 ? value : groupValue(20);
-    int y = id == 21 ? value : groupValue(21);
+int FCBEV7310SenseController::sendPairGroup(unsigned char code, int firstId, int secondId, int id, int value) {
+    int first = id == firstId ? value : groupValue(firstId);
+    int second = id == secondId ? value : groupValue(secondId);
     unsigned char v[4];
-    ViscaParameter::nibbles(x, 2, v);
-    ViscaParameter::nibbles(y, 2, v + 2);
-    return sendCommand(0x29, v, 4);
+    ViscaParameter::nibbles(first, 2, v);
+    ViscaParameter::nibbles(second, 2, v + 2);
+    return sendCommand(code, v, 4);
 }
 
 int FCBEV7310SenseController::sendWideDynamicGroup(int id, int value) {
@@ -222,15 +222,6 @@ int FCBEV7310SenseController::sendWideDynamicGroup(int id, int value) {
         v[1 + i] = static_cast<unsigned char>(x & 0x0F);
     }
     return sendCommand(0x2D, v, 8);
-}
-
-int FCBEV7310SenseController::sendLensGroup(int id, int value) {
-    int movement = id == 45 ? value : groupValue(45);
-    int interval = id == 46 ? value : groupValue(46);
-    unsigned char v[4];
-    ViscaParameter::nibbles(movement, 2, v);
-    ViscaParameter::nibbles(interval, 2, v + 2);
-    return sendCommand(0x27, v, 4);
 }
 
 int FCBEV7310SenseController::sendHighlight(int id, int value) {
@@ -298,7 +289,7 @@ int FCBEV7310SenseController::setBright(int p_nBright) {
         return 0;
     }
     if (!(kModeBright & (1u << m_nExposureMode))) {
-        Debug_Printf("setBright(%d) not sent in exposure mode %d", p_nBright, m_nExposureMode);
+        Debug_Printf("setBright(%d) not sent in exposure mode %d", p_nBright, m_nExposureMode.load());
         return 1;
     }
     int coded = p_nBright == 0 ? 0 : p_nBright + 4;
@@ -360,7 +351,7 @@ int FCBEV7310SenseController::setParameterToSensor(int id, int value) {
         case 10: result = setExposalMode(value); break;
         case 13: result = setBright(value); break;
         case 20:
-        case 21: result = sendSpotPosition(id, value); break;
+        case 21: result = sendPairGroup(0x29, 20, 21, id, value); break;
         case 23: result = setWhiteBalanceMode(value); break;
         case 34: result = sendFocusNearLimit(value); break;
         case 38:
@@ -369,7 +360,7 @@ int FCBEV7310SenseController::setParameterToSensor(int id, int value) {
         case 41:
         case 44: result = sendWideDynamicGroup(id, value); break;
         case 45:
-        case 46: result = sendLensGroup(id, value); break;
+        case 46: result = sendPairGroup(0x27, 45, 46, id, value); break;
         case 50:
         case 56: result = setBrightScaled(value); break;
         case 65: result = sendDefog(value); break;

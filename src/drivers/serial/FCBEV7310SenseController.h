@@ -1,4 +1,5 @@
 #pragma once
+#include <atomic>
 #include <cstddef>
 #include <string>
 
@@ -68,7 +69,7 @@ public:
     int setZoomValueTracked(int position);
 
     // ---- state views ----
-    int getExposureMode() const { return m_nExposureMode; }
+    int getExposureMode() const { return m_nExposureMode.load(); }
     bool hasLensTable() const;
     CameraLensZMAAlgorithm& getLensAlgorithm() { return *m_pZMAAlgorithm; }
     int getToDayADCVal() const { return m_nToDayADCVal; }
@@ -88,8 +89,9 @@ private:
     // The value that a group packet carries for one of its ids: the cached value, else the default.
     int groupValue(int id);
     int sendWideDynamicGroup(int id, int value);
-    int sendLensGroup(int id, int value);
-    int sendSpotPosition(int id, int value);
+    // Two ids in one packet `code` 0p 0q 0r 0s: pq the first id's value, rs the second's
+    // (spot AE position X/Y, lens movement/interval).
+    int sendPairGroup(unsigned char code, int firstId, int secondId, int id, int value);
     int sendHighlight(int id, int value);
     int sendDefog(int value);
     int sendSharpness(int value);
@@ -103,7 +105,7 @@ private:
     void drainUnderLock();
 
     SafePointer<CameraLensZMAAlgorithm> m_pZMAAlgorithm;
-    int m_nExposureMode = 0;
+    std::atomic<int> m_nExposureMode{0};  // written by the parameter path, read by any caller
     int m_nAutoIris = 0;
     int m_nNewInfrared = 0;
     int m_nToDayADCVal = 0;

@@ -43,7 +43,7 @@ bool SerialSenseController::openSerialPort(const ModuleConfigure& cfg) {
         if (objDetail.getValue("isInfrared", strInfrared))
             m_nDNDetectSource = static_cast<int>(std::strtol(strInfrared.c_str(), nullptr, 10));
         else
-            KSLogger::consolePuts("get isInfrared from detail failed");
+            std::puts("get isInfrared from detail failed");
     }
     if (!line.read(cfg)) return false;
     m_strDeviceName = line.device;
@@ -100,30 +100,35 @@ int SerialSenseController::receiveMessage(unsigned char* buffer, int capacity, i
     return -1;
 }
 
-int SerialSenseController::setParameterValue(const char* packet, int length) {
+int SerialSenseController::transact(const char* operation, const char* packet, int length, char* answer,
+                                    int answerLength) {
     const unsigned char* bytes = reinterpret_cast<const unsigned char*>(packet);
+    const bool command = answer == nullptr;
     KSMutexGuard guard(m_UARTMutex);
     for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
         int nSent = m_pUART->write(m_nUARTPort, packet, length);
         if (nSent < length) {
-            KSLogger::consolePrintf("===send(%d times) @setParameterValue failed,send(%d):\n", attempt, nSent);
+            KSLogger::consolePrintf("===send(%d times) @%s failed,send(%d):\n", attempt, operation, nSent);
             recodeArray(bytes, length);
             clearUartBuffer();
             continue;
         }
         int nRecv = 0;
-        if (m_eForm == MessageForm) {
-            nRecv = receiveMessage(m_szRecvBuf, kAckLength, MessageAckTimeout);
-        } else {
-            nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), kAckLength, SearchTimeout);
-        }
-        if (nRecv != kAckLength) {
-            KSLogger::consolePrintf("===recv(%d times) @setParameterValue failed,send:\n", attempt);
+        if (m_eForm == MessageForm)
+            nRecv = receiveMessage(m_szRecvBuf, answerLength, command ? MessageAckTimeout : MessageInquiryTimeout);
+        else
+            nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), answerLength, SearchTimeout);
+        if (nRecv != answerLength) {
+            KSLogger::consolePrintf("===recv(%d times) @%s failed,send:\n", attempt, operation);
             recodeArray(bytes, length);
             KSLogger::consolePrintf("===recv(%d):\n", nRecv);
             recodeArray(m_szRecvBuf, nRecv);
             clearUartBuffer();
             continue;
+        }
+        if (!command) {
+            std::memcpy(answer, m_szRecvBuf, static_cast<size_t>(answerLength));
+            return 1;
         }
         if (checkUARTRecv(m_ack[0], 3, m_szRecvBuf, nRecv) || checkUARTRecv(m_ack[1], 3, m_szRecvBuf, nRecv))
             return 1;
@@ -136,33 +141,11 @@ int SerialSenseController::setParameterValue(const char* packet, int length) {
     return 0;
 }
 
+int SerialSenseController::setParameterValue(const char* packet, int length) {
+    return transact("setParameterValue", packet, length, nullptr, kAckLength);
+}
+
 int SerialSenseController::getParameterValue(const char* packet, int length, char* answer, int answerLength) {
-    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(packet);
     if (answer == nullptr || answerLength < 1 || answerLength > MaxMessageLength) return 0;
-    KSMutexGuard guard(m_UARTMutex);
-    for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
-        int nSent = m_pUART->write(m_nUARTPort, packet, length);
-        if (nSent < length) {
-            KSLogger::consolePrintf("===send(%d times) @getParameterValue failed,send(%d):\n", attempt, nSent);
-            recodeArray(bytes, length);
-            clearUartBuffer();
-            continue;
-        }
-        int nRecv = 0;
-        if (m_eForm == MessageForm) {
-            nRecv = receiveMessage(m_szRecvBuf, answerLength, MessageInquiryTimeout);
-        } else {
-            nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), answerLength, SearchTimeout);
-        }
-        if (nRecv == answerLength) {
-            std::memcpy(answer, m_szRecvBuf, static_cast<size_t>(answerLength));
-            return 1;
-        }
-        KSLogger::consolePrintf("===recv(%d times) @getParameterValue failed,send:\n", attempt);
-        recodeArray(bytes, length);
-        KSLogger::consolePrintf("===recv(%d):\n", nRecv);
-        recodeArray(m_szRecvBuf, nRecv);
-        clearUartBuffer();
-    }
-    return 0;
+    return transact("getParameterValue", packet, length, answer, answerLength);
 }

@@ -64,6 +64,10 @@ protected:
     int m_nParity = 0;
 
 private:
+    // One transaction with its three attempts: a command (answer nullptr) waits for
+    // an acknowledgement, an inquiry for an answer of answerLength bytes.
+    int transact(const char* operation, const char* packet, int length, char* answer, int answerLength);
+
     ReplyForm m_eForm;
     unsigned char m_ack[2][3];
 };

@@ -235,15 +235,29 @@ TEST_F(SerialTransactionTest, ReplyThatIsNotAnAcknowledgementIsAnError) {
     EXPECT_NE(std::string::npos, out.find("===recv(2 times) @setParameterValue failed"));
 }
 
-TEST(SerialTransactionScripted, ThreeByteReplyThatIsNoAckPrintsTheRecvError) {
+namespace {
+// The layer on a scripted port that answers what the test puts into it.
+struct Scripted {
     TempRoot root;
     VirtualClock clock;
     FakeUART* raw = new FakeUART();
-    SafePointer<IUARTController> uart(raw);
+    SafePointer<IUARTController> uart{raw};
     LayerController ctl;
-    ctl.setOperator(uart, SafePointer<IGPIO>(new FakeGPIO()));
+    explicit Scripted(SerialSenseController::ReplyForm form) : ctl(form) {
+        ctl.setOperator(uart, SafePointer<IGPIO>(new FakeGPIO()));
+        testing::internal::CaptureStdout();
+        bool opened = ctl.open(ModuleConfigure(60, "RS485=/dev/ttyS1", "RS485=9600,8,1,0"));
+        testing::internal::GetCapturedStdout();
+        EXPECT_TRUE(opened);
+    }
+};
+}  // namespace
+
+TEST(SerialTransactionScripted, ThreeByteReplyThatIsNoAckPrintsTheRecvError) {
+    Scripted s(SerialSenseController::MessageForm);
+    FakeUART* raw = s.raw;
+    LayerController& ctl = s.ctl;
     testing::internal::CaptureStdout();
-    ASSERT_TRUE(ctl.open(ModuleConfigure(60, "RS485=/dev/ttyS1", "RS485=9600,8,1,0")));
     raw->toRead = std::string("\x90\x60\xFF", 3);
     EXPECT_EQ(0, send(ctl, kGamma2, 6));
     std::string out = testing::internal::GetCapturedStdout();
@@ -251,14 +265,10 @@ TEST(SerialTransactionScripted, ThreeByteReplyThatIsNoAckPrintsTheRecvError) {
 }
 
 TEST(SerialTransactionScripted, SearchFormFindsEitherPatternInThreeBytes) {
-    TempRoot root;
-    VirtualClock clock;
-    FakeUART* raw = new FakeUART();
-    SafePointer<IUARTController> uart(raw);
-    LayerController ctl(SerialSenseController::SearchForm);
-    ctl.setOperator(uart, SafePointer<IGPIO>(new FakeGPIO()));
+    Scripted s(SerialSenseController::SearchForm);
+    FakeUART* raw = s.raw;
+    LayerController& ctl = s.ctl;
     testing::internal::CaptureStdout();
-    ASSERT_TRUE(ctl.open(ModuleConfigure(60, "RS485=/dev/ttyS1", "RS485=9600,8,1,0")));
     raw->toRead = std::string("\x90\x51\xFF", 3);
     EXPECT_EQ(1, send(ctl, kGamma2, 6));
     raw->toRead = std::string("\x90\x41\xFF", 3);
