@@ -32,6 +32,7 @@ const KnownCommand kCommands[] = {
     {0x66, OnOff, 1, 0, 0x03},      // picture flip
     {0x3E, OnOff, 1, 0, 0x03},      // exposure compensation on/off
     {0x58, OnOff, 1, 0, 0x02},      // AF sensitivity
+    {0x5C, OnOff, 1, 0, 0x03},      // point-light focus (CV7500; this library's own code)
     {0x5F, Nibble, 1, 3, 0x00},     // low-light chroma suppress
     {0x5B, Nibble, 1, 5, 0x00},     // gamma
     {0x53, Nibble, 1, 5, 0x02},     // noise reduction
@@ -88,7 +89,64 @@ int lensSpeed(int p) { return (std::min(p, 7) + 1) * 2; }
 
 }  // namespace
 
-SimViscaModule::SimViscaModule() : m_rng(12345) { m_registers[0x00] = 0; }
+SimViscaModule::Profile SimViscaModule::profile(const std::string& model) {
+    Profile p;
+    if (model == "EH4300") {
+        // An earlier generation: no defog, no highlight compensation, gamma
+        // standard and straight only; on external sync (register 0x56 = 0)
+        // after power-on.
+        p.name = model;
+        p.lacking = {0x37, 0x14, 0x5C};
+        p.maxValues = {{0x5B, 1}};
+        p.registers = {{0x56, 0}};
+        return p;
+    }
+    if (model == "CV7500") {
+        // No back light compensation; point-light focus; bright compensation
+        // levels 0-3 on the highlight command.
+        p.name = model;
+        p.lacking = {0x33};
+        return p;
+    }
+    if (model == "CH3310") {
+        // No defog, no highlight compensation; gamma 0-4, gain limit up to 14,
+        // focus near limit up to 0xC000.
+        p.name = model;
+        p.lacking = {0x37, 0x14, 0x5C};
+        p.maxValues = {{0x5B, 4}, {0x2C, 14}, {0x28, 0xC000}};
+        return p;
+    }
+    p.name = "FCB-EV7310";
+    p.lacking = {0x5C};
+    return p;
+}
+
+SimViscaModule::SimViscaModule() : m_rng(12345) {
+    m_profile = profile("FCB-EV7310");
+    m_registers[0x00] = 0;
+}
+
+void SimViscaModule::setProfile(const Profile& profile) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_profile = profile;
+    for (auto& r : profile.registers) m_registers[r.first] = r.second;
+}
+
+void SimViscaModule::setRegister(uint8_t reg, int value) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_registers[reg] = value;
+}
+
+bool SimViscaModule::lacks(uint8_t code) const {
+    for (uint8_t c : m_profile.lacking)
+        if (c == code) return true;
+    return false;
+}
+
+int SimViscaModule::maxValueOf(uint8_t code, int standard) const {
+    auto it = m_profile.maxValues.find(code);
+    return it == m_profile.maxValues.end() ? standard : it->second;
+}
 
 // ---- line ----
 
@@ -296,7 +354,7 @@ void SimViscaModule::handlePacket(const std::vector<uint8_t>& p, int64_t at) {
     }
     if (p.size() >= 5 && p[1] == 0x09 && p[2] == 0x04) {
         std::vector<uint8_t> answer;
-        if (handleInquiry(p, answer, at))
+        if (!lacks(p[3]) && handleInquiry(p, answer, at))
             replyFaulted(replyAt, answer, dropped);
         else
             replyFaulted(replyAt, {0x90, 0x60, 0x02, 0xFF}, dropped);
@@ -317,7 +375,7 @@ void SimViscaModule::handlePacket(const std::vector<uint8_t>& p, int64_t at) {
     }
     bool ok = false, notExecutable = false;
     int64_t doneAt = replyAt;
-    handleCommand(p, at, socket, ok, notExecutable, doneAt);
+    if (!lacks(p[3])) handleCommand(p, at, socket, ok, notExecutable, doneAt);
     const bool immediate = doneAt <= replyAt;
     const uint8_t y = static_cast<uint8_t>(socket);
     if (!ok) {
@@ -521,13 +579,13 @@ void SimViscaModule::handleCommand(const std::vector<uint8_t>& p, int64_t at, in
         if (v[0] != 0x02 && v[0] != 0x03) return;
         break;
     case Nibble:
-        if (v[0] > known->maxValue) return;
+        if (v[0] > maxValueOf(code, known->maxValue)) return;
         break;
     case Byte:
-        if (v[0] < 1 || v[0] > known->maxValue) return;
+        if (v[0] < 1 || v[0] > maxValueOf(code, known->maxValue)) return;
         break;
     case Nibbles:
-        if (!allNibbles(v) || nibblesOf(v, 0, 4) > known->maxValue) return;
+        if (!allNibbles(v) || nibblesOf(v, 0, 4) > maxValueOf(code, known->maxValue)) return;
         break;
     case Special:
         if (!allNibbles(v) && code != 0x37) return;

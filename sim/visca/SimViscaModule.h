@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <random>
+#include <string>
 #include <vector>
 
 // A simulated VISCA zoom block camera (Sony FCB series, camera address 1): the
@@ -42,7 +43,27 @@ public:
     enum { SplitGapMs = 40, LateByMs = 1500, RestartMs = 20000, FrameMs = 17 };
     enum : uint16_t { MaxZoom = 0x7AC0, MaxFocus = 0xF000 };
 
+    // What sets one model of the family apart: the commands it lacks (it answers
+    // a syntax error to them, commands and inquiries alike), the upper ends of
+    // value ranges that differ from the FCB-EV7310's (by command byte), and the
+    // registers' values after power-on.
+    struct Profile {
+        std::string name;
+        std::vector<uint8_t> lacking;
+        std::map<uint8_t, int> maxValues;
+        std::map<uint8_t, int> registers;
+    };
+    // The profile of a model by name ("FCB-EV7310", "EH4300", "CV7500", "CH3310"); the FCB-EV7310's
+    // for a name it does not know.
+    static Profile profile(const std::string& model);
+
     SimViscaModule();
+
+    // Makes the module that model, as at power-on of its registers.
+    void setProfile(const Profile& profile);
+    const std::string& modelName() const { return m_profile.name; }
+    // Sets a register as if written by a command.
+    void setRegister(uint8_t reg, int value);
 
     // ---- the line ----
     void receive(const uint8_t* data, int length, int64_t nowMs);
@@ -124,6 +145,10 @@ private:
     void materialise(int64_t untilMs);
     bool lineGarbled() const;
 
+    bool lacks(uint8_t code) const;
+    int maxValueOf(uint8_t code, int standard) const;
+
+    Profile m_profile;
     mutable std::mutex m_mutex;
     std::mt19937 m_rng;
     double m_probability[FaultCount] = {};

@@ -23,7 +23,7 @@ bool SerialLineSettings::read(const ModuleConfigure& cfg) {
     }
     std::string strLine;
     if (!objParameters.getValue("RS485", strLine)) {
-        KSLogger::consolePuts("get RS232Parameter from senseParameter failed");
+        KSLogger::consolePuts(missingLineText);
         return false;
     }
     int v[4] = {0, 0, 0, 0};

@@ -19,4 +19,7 @@ public:
 
     std::string device;
     int value[4] = {0, 0, 0, 0};
+    // The text printed when the parameter string has no line settings (the
+    // modules differ in how they name the missing key).
+    const char* missingLineText = "get RS232Parameter from senseParameter failed";
 };

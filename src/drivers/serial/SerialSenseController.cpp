@@ -36,6 +36,7 @@ void SerialSenseController::setAckPatterns(const unsigned char first[3], const u
 
 bool SerialSenseController::openSerialPort(const ModuleConfigure& cfg) {
     SerialLineSettings line;
+    line.missingLineText = m_pszMissingLineText;
     // The device name and the line settings; "isInfrared" from the same detail text.
     ModuleParameterParser objDetail;
     if (objDetail.parse(cfg.getDetail())) {

@@ -52,10 +52,13 @@ protected:
     // "isInfrared", the line settings (baud, data bits, stop bits, parity), then
     // the port's setParameter and a drain. False, with the reason printed, on failure.
     bool openSerialPort(const ModuleConfigure& cfg);
+    // The text openSerialPort prints when the parameter string lacks the line settings.
+    void setMissingLineText(const char* text) { m_pszMissingLineText = text; }
     // One reply of the message form: message reads, completions skipped.
     int receiveMessage(unsigned char* buffer, int capacity, int timeout);
 
     KSMutex m_UARTMutex;  // held for a whole transaction with its retries
+    const char* m_pszMissingLineText = "get RS232Parameter from senseParameter failed";
     unsigned char m_szRecvBuf[MaxMessageLength];
     std::string m_strDeviceName;
     int m_nBaudrate = 9600;

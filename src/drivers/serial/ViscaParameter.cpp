@@ -6,6 +6,20 @@ const ViscaParameter* ViscaParameter::find(const ViscaParameter* table, size_t c
     return nullptr;
 }
 
+std::vector<ViscaParameter> ViscaParameter::compose(const ViscaParameter* catalogue, size_t count, const Range* ranges,
+                                                    size_t rangeCount) {
+    std::vector<ViscaParameter> rows;
+    rows.reserve(rangeCount);
+    for (size_t i = 0; i < rangeCount; ++i) {
+        const ViscaParameter* row = find(catalogue, count, ranges[i].id);
+        if (row == nullptr) continue;
+        rows.push_back(*row);
+        rows.back().minValue = ranges[i].minValue;
+        rows.back().maxValue = ranges[i].maxValue;
+    }
+    return rows;
+}
+
 bool ViscaParameter::inRange(int value) const {
     if (rangeName == nullptr) return true;
     return static_cast<unsigned int>(value) - static_cast<unsigned int>(minValue) <=

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <vector>
 
 // One row of a VISCA module's parameter table: which command carries a
 // parameter id, how its value is coded, which values are accepted, and the
@@ -27,6 +28,18 @@ struct ViscaParameter {
     unsigned char argument;   // Fixed: the value byte
     unsigned char modeMask;   // bit m: sent in exposure mode m; 0: sent in every mode
     int defaultValue;         // the module's value after power-on
+
+    // A module's row taken from another module's table: the id and the values
+    // that this module accepts.
+    struct Range {
+        int id;
+        int minValue;
+        int maxValue;
+    };
+    // The rows of `catalogue` with the ids of `ranges`, in that order, each with
+    // the accepted values of its range; ids that the catalogue lacks are left out.
+    static std::vector<ViscaParameter> compose(const ViscaParameter* catalogue, size_t count, const Range* ranges,
+                                               size_t rangeCount);
 
     // The row of `id` in a table, nullptr when none.
     static const ViscaParameter* find(const ViscaParameter* table, size_t count, int id);
