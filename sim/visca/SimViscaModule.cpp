@@ -59,7 +59,12 @@ const KnownCommand kCommands[] = {
     {0x2D, Special, 8, 0, 0},       // wide-dynamic parameter set
     {0x14, Special, 2, 0, 0},       // highlight compensation
     {0x37, Special, 2, 0, 0},       // defog
+    // This library's own codes for what only some models have (a model knows
+    // them when its profile lists them in `extra`).
+    {0x2A, Nibbles, 4, 0x15, 0},    // shutter limit (CMD8100, CMD7300)
+    {0x1A, Nibbles, 4, 0x1C, 0},    // day-to-night sensitivity (CMD8300)
 };
+const uint8_t kOwnCodes[] = {0x2A, 0x1A};
 
 const KnownCommand* findCommand(uint8_t code) {
     for (const KnownCommand& c : kCommands)
@@ -116,6 +121,30 @@ SimViscaModule::Profile SimViscaModule::profile(const std::string& model) {
         p.maxValues = {{0x5B, 4}, {0x2C, 14}, {0x28, 0xC000}};
         return p;
     }
+    if (model == "CMD8100" || model == "CMD7300") {
+        // No defog, highlight compensation or point-light focus; a shutter limit
+        // (the slowest shutter of automatic exposure).
+        p.name = model;
+        p.lacking = {0x37, 0x14, 0x5C};
+        p.extra = {0x2A};
+        return p;
+    }
+    if (model == "CMD8100_Old") {
+        // The earlier firmware: no shutter limit; the video format in register
+        // 0x72, 1080p (0x07) after power-on.
+        p.name = model;
+        p.lacking = {0x37, 0x14, 0x5C};
+        p.registers = {{0x72, 0x07}};
+        return p;
+    }
+    if (model == "CMD8300") {
+        // Defog and highlight compensation; separate day-to-night sensitivity
+        // beside the night-to-day threshold (0x21); no point-light focus.
+        p.name = model;
+        p.lacking = {0x5C};
+        p.extra = {0x1A};
+        return p;
+    }
     p.name = "FCB-EV7310";
     p.lacking = {0x5C};
     return p;
@@ -140,6 +169,12 @@ void SimViscaModule::setRegister(uint8_t reg, int value) {
 bool SimViscaModule::lacks(uint8_t code) const {
     for (uint8_t c : m_profile.lacking)
         if (c == code) return true;
+    for (uint8_t own : kOwnCodes) {
+        if (own != code) continue;
+        for (uint8_t c : m_profile.extra)
+            if (c == code) return false;
+        return true;
+    }
     return false;
 }
 

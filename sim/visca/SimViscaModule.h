@@ -44,17 +44,19 @@ public:
     enum : uint16_t { MaxZoom = 0x7AC0, MaxFocus = 0xF000 };
 
     // What sets one model of the family apart: the commands it lacks (it answers
-    // a syntax error to them, commands and inquiries alike), the upper ends of
-    // value ranges that differ from the FCB-EV7310's (by command byte), and the
-    // registers' values after power-on.
+    // a syntax error to them, commands and inquiries alike), the commands of this
+    // library's own codes that it has (`extra`; every other model lacks them),
+    // the upper ends of value ranges that differ from the FCB-EV7310's (by
+    // command byte), and the registers' values after power-on.
     struct Profile {
         std::string name;
         std::vector<uint8_t> lacking;
+        std::vector<uint8_t> extra;
         std::map<uint8_t, int> maxValues;
         std::map<uint8_t, int> registers;
     };
-    // The profile of a model by name ("FCB-EV7310", "EH4300", "CV7500", "CH3310"); the FCB-EV7310's
-    // for a name it does not know.
+    // The profile of a model by name ("FCB-EV7310", "EH4300", "CV7500", "CH3310", "CMD8100",
+    // "CMD8100_Old", "CMD7300", "CMD8300"); the FCB-EV7310's for a name it does not know.
     static Profile profile(const std::string& model);
 
     SimViscaModule();

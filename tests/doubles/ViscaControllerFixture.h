@@ -34,6 +34,12 @@ inline std::string packetsText(const ViscaPackets& p) {
     return s;
 }
 
+// A parameter id, a value, and the one packet that setting it sends.
+struct ViscaPacketCase {
+    int id, value;
+    std::vector<uint8_t> packet;
+};
+
 template <class T>
 class ViscaControllerFixture : public ::testing::Test {
 protected:
@@ -91,9 +97,11 @@ protected:
         return sent([&] { return ctl->setParameterToSensor(id, value); }, expectResult);
     }
 
-    // A fresh controller registers exactly these common and set-only ids (the
-    // base controller's 500-504 besides), and its table has a row for each.
-    void expectRegistered(const std::set<int>& common, const std::set<int>& setOnly) {
+    // A fresh controller registers exactly these common, set-only and
+    // keep-default-value ids (the base controller's 500-504 besides), and its
+    // table has a row for each.
+    void expectRegistered(const std::set<int>& common, const std::set<int>& setOnly,
+                          const std::set<int>& keepDefault = {}) {
         if (ctl.isNull()) make();
         std::set<int> c, s, e, k;
         ctl->getIdManager().getCommonIdList(c);
@@ -105,13 +113,14 @@ protected:
         EXPECT_EQ(withBase, c);
         EXPECT_EQ(setOnly, s);
         EXPECT_TRUE(e.empty());
-        EXPECT_TRUE(k.empty());
+        EXPECT_EQ(keepDefault, k);
         size_t count = 0;
         const ViscaParameter* table = T::parameterTable(count);
         std::set<int> rows;
         for (size_t i = 0; i < count; ++i) rows.insert(table[i].id);
         std::set<int> registered = common;
         registered.insert(setOnly.begin(), setOnly.end());
+        registered.insert(keepDefault.begin(), keepDefault.end());
         EXPECT_EQ(registered, rows);
     }
 
@@ -147,10 +156,7 @@ protected:
     }
 
     // Each id is accepted by the pipeline and sends exactly its packet.
-    struct PacketCase {
-        int id, value;
-        std::vector<uint8_t> packet;
-    };
+    typedef ViscaPacketCase PacketCase;
     void expectPackets(const std::vector<PacketCase>& cases) {
         for (const PacketCase& c : cases) {
             SCOPED_TRACE("id " + std::to_string(c.id) + " value " + std::to_string(c.value));
@@ -160,6 +166,100 @@ protected:
             ASSERT_EQ(1u, p.size()) << packetsText(p);
             EXPECT_EQ(c.packet, p[0]) << hexOf(p[0]);
         }
+    }
+    // As expectPackets, and the module's state follows each packet: it carried
+    // the command out, and a command that sets a value now holds the value sent.
+    void expectPacketsApplied(const std::vector<PacketCase>& cases) {
+        for (const PacketCase& c : cases) {
+            SCOPED_TRACE("id " + std::to_string(c.id) + " value " + std::to_string(c.value));
+            int carried = bench.module.commandCount();
+            expectPackets({c});
+            EXPECT_EQ(carried + 1, bench.module.commandCount());
+            const uint8_t code = c.packet[3];
+            const std::vector<uint8_t> value(c.packet.begin() + 4, c.packet.end() - 1);
+            if (code == 0x39) {
+                EXPECT_EQ(value[0], bench.module.aeMode());
+            } else if (code == 0x24) {
+                EXPECT_EQ((value[1] << 4) | value[2], bench.module.registerValue(value[0]));
+            } else if (holdsValue(code)) {
+                EXPECT_EQ(value, bench.module.valueOf(code));
+            }
+        }
+    }
+    // Values that the controller keeps itself (day/night mode, switch times):
+    // each taken, nothing sent to the module.
+    void expectControllersOwn(std::initializer_list<std::pair<int, int>> values) {
+        size_t mark = bench.packetMark();
+        for (auto& v : values) EXPECT_EQ(1, ctl->setParameter(v.first, v.second)) << v.first;
+        EXPECT_EQ(mark, bench.packetMark());
+    }
+
+    // With each fault kind that spoils every attempt (probability 1), setting
+    // `id` to `value` fails after three attempts, each followed by a drain,
+    // within bounded time, and leaves the caches as they were.
+    void expectFaultsRefuse(int id, int value) {
+        std::string cached;
+        ctl->getLastValueCache().getAllSensorValues(cached);
+        for (SimViscaModule::Fault kind : {SimViscaModule::DropReply, SimViscaModule::LateReply,
+                                           SimViscaModule::CorruptByte, SimViscaModule::Silent,
+                                           SimViscaModule::BufferFull}) {
+            SCOPED_TRACE(SimViscaModule::faultName(kind));
+            settleLine();
+            bench.module.setFaultProbability(kind, 1.0);
+            size_t mark = bench.packetMark();
+            int64_t t0 = PlatformClock::nowMs();
+            testing::internal::CaptureStdout();
+            EXPECT_EQ(0, ctl->setParameter(id, value));
+            std::string out = testing::internal::GetCapturedStdout();
+            EXPECT_EQ(3u, bench.packetsSince(mark).size());
+            EXPECT_GE(occurrences(out, "Clear UART buffer"), 3u) << out;
+            EXPECT_LT(PlatformClock::nowMs() - t0, 3000);
+            std::string now;
+            ctl->getLastValueCache().getAllSensorValues(now);
+            EXPECT_EQ(cached, now);
+        }
+        settleLine();
+    }
+    // A one-shot of each fault kind costs at most one attempt: the set of `id`
+    // succeeds and the module holds its value (`values` alternate so that
+    // every set changes the value).
+    void expectOneShotFaultsGetThrough(int id, uint8_t code, int first, int second) {
+        int value = first;
+        for (int k = 0; k < SimViscaModule::FaultCount; ++k) {
+            SimViscaModule::Fault kind = static_cast<SimViscaModule::Fault>(k);
+            SCOPED_TRACE(SimViscaModule::faultName(kind));
+            settleLine();
+            bench.module.injectOnce(kind);
+            size_t mark = bench.packetMark();
+            testing::internal::CaptureStdout();
+            EXPECT_EQ(1, ctl->setParameter(id, value));
+            testing::internal::GetCapturedStdout();
+            EXPECT_LE(bench.packetsSince(mark).size(), 2u);
+            EXPECT_EQ(value, bench.module.nibbleValue(code));
+            value = value == first ? second : first;
+        }
+        settleLine();
+    }
+    // No fault, and the replies still on their way (late ones) have come and gone.
+    void settleLine() {
+        bench.module.clearFaults();
+        bench.clock.advance(5000);
+        testing::internal::CaptureStdout();
+        ctl->clearUartBuffer();
+        testing::internal::GetCapturedStdout();
+    }
+    static size_t occurrences(const std::string& hay, const std::string& needle) {
+        size_t n = 0;
+        for (size_t p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
+        return n;
+    }
+
+    // Whether the module keeps the value bytes of a command (not a move, a
+    // trigger or a step).
+    static bool holdsValue(uint8_t code) {
+        for (uint8_t moving : {0x07, 0x08, 0x0B, 0x0E, 0x10, 0x18, 0x01, 0x24, 0x39})
+            if (code == moving) return false;
+        return true;
     }
 };
 

@@ -115,10 +115,15 @@ int SerialSenseController::transact(const char* operation, const char* packet, i
             continue;
         }
         int nRecv = 0;
-        if (m_eForm == MessageForm)
+        if (m_eForm == MessageForm) {
             nRecv = receiveMessage(m_szRecvBuf, answerLength, command ? MessageAckTimeout : MessageInquiryTimeout);
-        else
+        } else {
+            std::memset(m_szRecvBuf, 0, kAckLength);
             nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), answerLength, SearchTimeout);
+        }
+        if (m_eForm == ByteForm && command)
+            Debug_Printf("check(%d times) recv(%d):0x%x,0x%x,0x%x", attempt, nRecv, m_szRecvBuf[0], m_szRecvBuf[1],
+                         m_szRecvBuf[2]);
         if (nRecv != answerLength) {
             KSLogger::consolePrintf("===recv(%d times) @%s failed,send:\n", attempt, operation);
             recodeArray(bytes, length);
@@ -131,8 +136,11 @@ int SerialSenseController::transact(const char* operation, const char* packet, i
             std::memcpy(answer, m_szRecvBuf, static_cast<size_t>(answerLength));
             return 1;
         }
-        if (checkUARTRecv(m_ack[0], 3, m_szRecvBuf, nRecv) || checkUARTRecv(m_ack[1], 3, m_szRecvBuf, nRecv))
+        if (m_eForm == ByteForm) {
+            if (isAckByteByByte()) return 1;
+        } else if (checkUARTRecv(m_ack[0], 3, m_szRecvBuf, nRecv) || checkUARTRecv(m_ack[1], 3, m_szRecvBuf, nRecv)) {
             return 1;
+        }
         KSLogger::consolePrintf("===send:\n");
         recodeArray(bytes, length);
         KSLogger::consolePrintf("===setParameterValue(%d times) recv error,recv:0x%x,0x%x,0x%x\n", attempt, m_szRecvBuf[0],
@@ -140,6 +148,15 @@ int SerialSenseController::transact(const char* operation, const char* packet, i
         clearUartBuffer();
     }
     return 0;
+}
+
+bool SerialSenseController::isAckByteByByte() const {
+    const unsigned char* r = m_szRecvBuf;
+    if (r[0] != 0x90) return false;
+    for (const unsigned char* pattern : m_ack) {
+        if (r[1] == pattern[1] && r[2] == pattern[2]) return true;
+    }
+    return false;
 }
 
 int SerialSenseController::setParameterValue(const char* packet, int length) {

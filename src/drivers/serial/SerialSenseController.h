@@ -10,12 +10,15 @@
 // module's reply, with three attempts and a drain of the port between them, all
 // under the transaction mutex.
 //
-// Two reply forms: the search form takes one read of 3 bytes and looks for one
-// of the module's two acknowledgement patterns in it; the message form reads
-// VISCA messages (0x90 ... 0xFF) byte by byte, skipping completion messages.
+// Three reply forms: the search form takes one read of 3 bytes and looks for one
+// of the module's two acknowledgement patterns in it; the byte form takes the
+// same read and tests it byte by byte against the patterns from a first byte
+// 0x90 (stray bytes fail it), printing a debug line per attempt; the message
+// form reads VISCA messages (0x90 ... 0xFF) byte by byte, skipping completion
+// messages.
 class SerialSenseController : public ISensorController {
 public:
-    enum ReplyForm { SearchForm, MessageForm };
+    enum ReplyForm { SearchForm, MessageForm, ByteForm };
     enum {
         AttemptCount = 3,
         MaxMessageLength = 100,  // the receive buffer and the longest message read
@@ -70,6 +73,10 @@ private:
     // One transaction with its three attempts: a command (answer nullptr) waits for
     // an acknowledgement, an inquiry for an answer of answerLength bytes.
     int transact(const char* operation, const char* packet, int length, char* answer, int answerLength);
+
+    // The byte form's test of the 3 bytes read: byte 0 is 0x90, bytes 1 and 2 are
+    // those of one of the patterns.
+    bool isAckByteByByte() const;
 
     ReplyForm m_eForm;
     unsigned char m_ack[2][3];

@@ -28,6 +28,14 @@ struct ViscaParameter {
     unsigned char argument;   // Fixed: the value byte
     unsigned char modeMask;   // bit m: sent in exposure mode m; 0: sent in every mode
     int defaultValue;         // the module's value after power-on
+    // Rows of shape Controller: the operation that codes the row, named by the id
+    // that the Sony block cameras' numbering gives it (13 bright, 6 mirror, 57 near
+    // light, ...), so that a module with its own numbering reuses the operation;
+    // 0: the row's own id.
+    int operation = 0;
+
+    // The operation of the row (see `operation`).
+    int op() const { return operation != 0 ? operation : id; }
 
     // A module's row taken from another module's table: the id and the values
     // that this module accepts.

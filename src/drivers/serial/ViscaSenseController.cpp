@@ -51,7 +51,7 @@ int ViscaSenseController::sendCommand(unsigned char code, const unsigned char* v
 
 int ViscaSenseController::setParameterValue(const char* packet, int length) {
     int result = SerialSenseController::setParameterValue(packet, length);
-    if (result && m_eReplyForm == SearchForm) awaitCompletion();
+    if (result && m_eReplyForm != MessageForm) awaitCompletion();
     return result;
 }
 
@@ -204,7 +204,9 @@ int ViscaSenseController::setBright(int p_nBright) {
     int coded = p_nBright == 0 ? 0 : p_nBright + 4;
     unsigned char v[4] = {0, 0, static_cast<unsigned char>((coded >> 4) & 0x0F), static_cast<unsigned char>(coded & 0x0F)};
     if (!sendCommand(0x4D, v, 4)) return 0;
-    // The remote sensor's scale of the same value.
+    // The remote sensor's scale of the same value, where the module's table has it.
+    const ViscaParameter* remote = findRow(50);
+    if (remote == nullptr || remote->op() != 50) return 1;
     int scaled = 100 * p_nBright / 27;
     m_pSensorCache->setSensorValue(50, scaled);
     m_pSensorLastValueCache->setSensorValue(50, scaled);
@@ -218,8 +220,8 @@ int ViscaSenseController::OnePushTrigger() {
     return sendCommand(0x18, &v, 1);
 }
 
-int ViscaSenseController::setBaseOperation(int id, int value, int& result) {
-    switch (id) {
+int ViscaSenseController::setBaseOperation(int operation, int value, int& result) {
+    switch (operation) {
     case 26: result = setDayNightMode(value); return 1;
     case 30: result = setFocusMode(value); return 1;
     case 51: result = setTNFMode(value) ? 1 : 0; return 1;
@@ -251,12 +253,12 @@ int ViscaSenseController::setParameterToSensor(int id, int value) {
     int result = 0;
     if (row->shape == ViscaParameter::Controller && setModuleRow(*row, value, result)) {
         // coded by the module's controller
-    } else if (setBaseOperation(id, value, result)) {
+    } else if (row->shape == ViscaParameter::Controller && setBaseOperation(row->op(), value, result)) {
         // the base operation reports its own failures
     } else if (row->shape != ViscaParameter::Controller) {
         result = sendRow(*row, value);
     } else {
-        switch (id) {
+        switch (row->op()) {
         case 1: result = sendSharpness(value); break;
         case 6: result = setMirror(value); break;
         case 10: result = setExposalMode(value); break;
@@ -294,12 +296,12 @@ int ViscaSenseController::getParameterFromSensor(int id, int& value) {
     int v = 0;
     if (row->answerLength() != 0) {
         result = inquireRow(*row, v);
-    } else if (id == 6) {
+    } else if (row->op() == 6) {
         result = getMirrorValue(v);
-    } else if (id == 10) {
+    } else if (row->op() == 10) {
         v = m_nExposureMode;
         result = 1;
-    } else if (id == 30) {
+    } else if (row->op() == 30) {
         result = getFocusMode(v);
     } else {
         // Values that the module has no inquiry for: what was last set, else its power-on value.
@@ -326,8 +328,8 @@ int ViscaSenseController::getMirrorValue(int& value) {
 }
 
 int ViscaSenseController::getStillImageValue(int& value) {
-    const ViscaParameter* row = findRow(8);
-    return inquireRow(*row, value);
+    const ViscaParameter freeze = {8, "StillImage", nullptr, 0, 0, ViscaParameter::OnOff, 0x62, 0, 0, 0};
+    return inquireRow(freeze, value);
 }
 
 int ViscaSenseController::IrisUp() {

@@ -97,7 +97,7 @@ private:
     int sendFocusNearLimit(int value);
     int setWhiteBalanceMode(int value);
     int setBrightScaled(int value);
-    int setBaseOperation(int id, int value, int& result);
+    int setBaseOperation(int operation, int value, int& result);
 
     ReplyForm m_eReplyForm;
     const char* m_pszModuleName;
