@@ -10,12 +10,16 @@ public:
     std::vector<std::string> written;
     int writeLimit = -1;  // when >= 0, at most this many bytes are accepted
     std::string toRead;
+    // Bytes that arrive with the next write (the module's answer to it).
+    std::string reply;
 
     int open(const char*) override { return 0; }
     int setParameter(int, int, int, int, int) override { return 1; }
     int write(int, const char* data, int length) override {
         int n = writeLimit >= 0 && writeLimit < length ? writeLimit : length;
         written.emplace_back(data, static_cast<size_t>(n));
+        toRead += reply;
+        reply.clear();
         return n;
     }
     int read(int, char* buffer, int capacity, int) override {

@@ -106,6 +106,7 @@ int SerialSenseController::transact(const char* operation, const char* packet, i
     const unsigned char* bytes = reinterpret_cast<const unsigned char*>(packet);
     const bool command = answer == nullptr;
     KSMutexGuard guard(m_UARTMutex);
+    discardStaleInput();
     for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
         int nSent = m_pUART->write(m_nUARTPort, packet, length);
         if (nSent < length) {
@@ -148,6 +149,18 @@ int SerialSenseController::transact(const char* operation, const char* packet, i
         clearUartBuffer();
     }
     return 0;
+}
+
+void SerialSenseController::discardStaleInput() {
+    char chunk[MaxMessageLength];
+    int total = 0;
+    for (int i = 0; i < StaleReadLimit; ++i) {
+        int n = m_pUART->read(m_nUARTPort, chunk, static_cast<int>(sizeof(chunk)), 0);
+        if (n <= 0) break;
+        total += n;
+        if (n < static_cast<int>(sizeof(chunk))) break;
+    }
+    if (total > 0) Debug_Printf("discarded %d stale bytes", total);
 }
 
 bool SerialSenseController::isAckByteByByte() const {

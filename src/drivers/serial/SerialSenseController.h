@@ -28,7 +28,9 @@ public:
         SearchTimeout = 4,
         // A line that keeps talking must not keep a transaction forever: at most
         // this many completion messages are skipped before a reply counts as failed.
-        MaxSkippedCompletions = 16
+        MaxSkippedCompletions = 16,
+        // Reads of stale input (without waiting) before a transaction, at most.
+        StaleReadLimit = 8
     };
 
     SerialSenseController(int sensorType, ReplyForm form);
@@ -74,6 +76,11 @@ private:
     // an acknowledgement, an inquiry for an answer of answerLength bytes.
     int transact(const char* operation, const char* packet, int length, char* answer, int answerLength);
 
+    // What is already in the port when a transaction starts is no reply to it
+    // (a reply that came after its attempt's time-out, a completion): it is
+    // read away without waiting, so that it is not taken for this packet's
+    // acknowledgement or answer.
+    void discardStaleInput();
     // The byte form's test of the 3 bytes read: byte 0 is 0x90, bytes 1 and 2 are
     // those of one of the patterns.
     bool isAckByteByByte() const;

@@ -212,7 +212,7 @@ TEST(CMD8300ByteForm, EachByteIsTestedFromAFirstByte0x90) {
     for (const Case& c : cases) {
         SCOPED_TRACE(testutil::hexOf(std::vector<uint8_t>(c.reply.begin(), c.reply.end())));
         raw->written.clear();
-        raw->toRead = c.reply;
+        raw->reply = c.reply;
         testing::internal::CaptureStdout();
         EXPECT_EQ(c.result, ctl->setParameterValue(reinterpret_cast<const char*>(kNR2), 6));
         std::string out = testing::internal::GetCapturedStdout();
@@ -223,7 +223,7 @@ TEST(CMD8300ByteForm, EachByteIsTestedFromAFirstByte0x90) {
             EXPECT_NE(std::string::npos, out.find("check(3 times) recv(")) << out;
         }
     }
-    raw->toRead = std::string("\x90\x60\x02", 3);
+    raw->reply = std::string("\x90\x60\x02", 3);
     testing::internal::CaptureStdout();
     ctl->setParameterValue(reinterpret_cast<const char*>(kNR2), 6);
     EXPECT_NE(std::string::npos,

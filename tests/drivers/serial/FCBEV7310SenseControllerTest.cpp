@@ -540,3 +540,29 @@ TEST_F(FCBTest, ModuleThatAnswersGarbageFailsInit) {
     EXPECT_NE(ISensorController::InitSuccess, ctl->getSensorStatus());
     EXPECT_EQ(0, bench.module.restartCount());
 }
+
+TEST_F(FCBTest, CommandRowsOutsideItsRegisteredIdsGoOutButSetParametersReportsThem) {
+    // Ids 37 and 52-56 are rows of the table (the operations reach them) but not
+    // registered ids of this controller: the pipeline sends the packet, then
+    // refuses the id for its unknown type and caches nothing.
+    ASSERT_EQ(1, init());
+    ASSERT_EQ(1, ctl->setParameter(10, 1));  // manual: the module takes iris steps
+    struct Case {
+        int id;
+        std::vector<uint8_t> packet;
+    };
+    const Case cases[] = {{37, bytesOf({0x81, 0x01, 0x04, 0x18, 0x01, 0xFF})},
+                          {52, bytesOf({0x81, 0x01, 0x04, 0x0B, 0x02, 0xFF})},
+                          {53, bytesOf({0x81, 0x01, 0x04, 0x0B, 0x03, 0xFF})}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        EXPECT_EQ(0, ctl->getIdManager().getIdType(c.id));
+        size_t mark = bench.packetMark();
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(-c.id, ctl->setParameters("(" + std::to_string(c.id) + ",1)"));
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(ViscaPackets{c.packet}, bench.packetsSince(mark));
+        int cached = -1;
+        EXPECT_EQ(0, ctl->getLastValueCache().getSensorValue(c.id, cached));
+    }
+}

@@ -258,7 +258,7 @@ TEST(SerialTransactionScripted, ThreeByteReplyThatIsNoAckPrintsTheRecvError) {
     FakeUART* raw = s.raw;
     LayerController& ctl = s.ctl;
     testing::internal::CaptureStdout();
-    raw->toRead = std::string("\x90\x60\xFF", 3);
+    raw->reply = std::string("\x90\x60\xFF", 3);
     EXPECT_EQ(0, send(ctl, kGamma2, 6));
     std::string out = testing::internal::GetCapturedStdout();
     EXPECT_NE(std::string::npos, out.find("===setParameterValue(1 times) recv error,recv:0x90,0x60,0xff"));
@@ -269,12 +269,12 @@ TEST(SerialTransactionScripted, SearchFormFindsEitherPatternInThreeBytes) {
     FakeUART* raw = s.raw;
     LayerController& ctl = s.ctl;
     testing::internal::CaptureStdout();
-    raw->toRead = std::string("\x90\x51\xFF", 3);
+    raw->reply = std::string("\x90\x51\xFF", 3);
     EXPECT_EQ(1, send(ctl, kGamma2, 6));
-    raw->toRead = std::string("\x90\x41\xFF", 3);
+    raw->reply = std::string("\x90\x41\xFF", 3);
     EXPECT_EQ(1, send(ctl, kGamma2, 6));
     // Two bytes only: the wrong length, three attempts.
-    raw->toRead = std::string("\x90\x41", 2);
+    raw->reply = std::string("\x90\x41", 2);
     size_t w0 = raw->written.size();
     EXPECT_EQ(0, send(ctl, kGamma2, 6));
     std::string out = testing::internal::GetCapturedStdout();
@@ -312,8 +312,45 @@ TEST(SerialTransactionNull, NullPortThrowsWithTheMutexReleased) {
     // The mutex is free again: a port handed in later works.
     FakeUART* raw = new FakeUART();
     ctl.setOperator(SafePointer<IUARTController>(raw), SafePointer<IGPIO>(new FakeGPIO()));
-    raw->toRead = std::string("\x90\x41\xFF", 3);
+    raw->reply = std::string("\x90\x41\xFF", 3);
     EXPECT_EQ(1, send(ctl, kGamma2, 6));
+}
+
+TEST_F(SerialTransactionTest, LateReplyIsNotTakenForTheNextCommandsAcknowledgement) {
+    for (SerialSenseController::ReplyForm form : {SerialSenseController::MessageForm, SerialSenseController::SearchForm}) {
+        SCOPED_TRACE(form == SerialSenseController::MessageForm ? "message form" : "search form");
+        LayerController c(form);
+        c.setOperator(bench.uart, bench.gpio);
+        testing::internal::CaptureStdout();
+        ASSERT_TRUE(c.open(ModuleConfigure(60, "RS485=/dev/ttyS1;isInfrared=0", "RS485=9600,8,1,0")));
+        // The first attempt's acknowledgement comes after its time-out: the second
+        // attempt gets through, and the late one arrives while the line is idle.
+        bench.module.injectOnce(SimViscaModule::LateReply);
+        EXPECT_EQ(1, send(c, kGamma2, 6));
+        bench.clock.advance(3000);
+        // The module is gone now: the late acknowledgement still waiting in the
+        // port is no reply to the next command.
+        bench.module.setFaultProbability(SimViscaModule::Silent, 1.0);
+        int w0 = writes();
+        const unsigned char gamma3[] = {0x81, 0x01, 0x04, 0x5B, 0x03, 0xFF};
+        EXPECT_EQ(0, send(c, gamma3, 6));
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(3, writes() - w0);
+        bench.module.clearFaults();
+        c.stopWorker();
+    }
+}
+
+TEST(SerialTransactionScripted, InputWaitingBeforeTheCommandIsNoReplyToIt) {
+    Scripted s(SerialSenseController::SearchForm);
+    s.raw->toRead = std::string("\x90\x41\xFF", 3);  // a late acknowledgement of something earlier
+    s.raw->reply = std::string("\x90\x60\x02\xFF", 4);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(0, send(s.ctl, kGamma2, 6));
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(3u, s.raw->written.size());
+    s.raw->reply = std::string("\x90\x41\xFF", 3);
+    EXPECT_EQ(1, send(s.ctl, kGamma2, 6));
 }
 
 TEST_F(SerialTransactionTest, ChatteringLineEndsTheReadInsteadOfHanging) {
