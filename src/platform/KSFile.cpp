@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
@@ -82,13 +83,20 @@ bool sameContent(const std::string& path, const std::string& data) {
     // shows as different. A regular file answers a read short only at its end, so
     // the usual case is a single read.
     const size_t want = data.size() + 1;
-    std::string cur(want, '\0');
+    // The configuration files are small: they are compared in a buffer on the stack.
+    char local[4096];
+    std::string large;
+    char* cur = local;
+    if (want > sizeof(local)) {
+        large.resize(want);
+        cur = &large[0];
+    }
     size_t got = 0;
     bool ok = true;
     while (got < want) {
         const size_t asked = want - got;
         FsUtil::noteCall(FsUtil::CallRead, path);
-        ssize_t n = ::read(fd, &cur[got], asked);
+        ssize_t n = ::read(fd, cur + got, asked);
         if (n < 0) {
             if (errno == EINTR) continue;
             ok = false;
@@ -98,7 +106,7 @@ bool sameContent(const std::string& path, const std::string& data) {
         if (static_cast<size_t>(n) < asked) break;  // the end of the file
     }
     ::close(fd);
-    return ok && got == data.size() && cur.compare(0, got, data) == 0;
+    return ok && got == data.size() && (got == 0 || std::memcmp(cur, data.data(), got) == 0);
 }
 
 bool writeFd(int fd, const std::string& path, const char* p, size_t n) {
@@ -175,6 +183,10 @@ long long KSFile::write(const void* buffer, long long length) {
     if (!m_bWriting || length < 0) return -1;
     m_strData.append(static_cast<const char*>(buffer), static_cast<size_t>(length));
     return length;
+}
+
+void KSFile::reserveWrite(long long length) {
+    if (m_bWriting && length > 0) m_strData.reserve(static_cast<size_t>(length));
 }
 
 long long KSFile::getLength() {

@@ -22,6 +22,9 @@ public:
     long long read(void* buffer, long long length);
     // Appends length bytes; returns length, or -1 on error.
     long long write(const void* buffer, long long length);
+    // Makes room for `length` bytes of writes in all, so that a file written in
+    // several pieces is gathered without moving it.
+    void reserveWrite(long long length);
     // Length of the file opened for reading, or of what was written so far.
     long long getLength();
     // Ends the access; for a write, commits the new content. False when the commit failed.

@@ -4,8 +4,7 @@
 
 #include "platform/PlatformClock.h"
 
-void KSMutex::Lock(const char* /*file*/, int /*line*/) {
-    if (m_mutex.try_lock()) return;
+void KSMutex::lockContended() {
     // The thread that drives a virtual clock is the only one that moves it: if
     // it simply blocked here while the holder pauses on that clock, neither
     // would ever go on. It lets the time pass instead until the holder lets go.
@@ -17,5 +16,4 @@ void KSMutex::Lock(const char* /*file*/, int /*line*/) {
     m_mutex.lock();
 }
 
-void KSMutex::Unlock(const char* /*file*/, int /*line*/) { m_mutex.unlock(); }
 bool KSMutex::TryLock() { return m_mutex.try_lock(); }

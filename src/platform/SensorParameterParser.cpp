@@ -17,73 +17,75 @@ inline unsigned digitOf(char c) {
     return static_cast<unsigned>(static_cast<unsigned char>(c)) - static_cast<unsigned>('0');
 }
 
-inline const char* skipBlanks(const char* p, const char* e) {
-    while (p != e && isBlank(*p)) ++p;
+// The walkers below read a std::string's characters up to and including the '\0'
+// that always follows them (data()[size()]): that terminator is neither a blank, a
+// digit nor a token, so every loop stops on it without comparing against the end.
+// A '\0' inside the text stops a walk the same way and fails it (it is not the end).
+
+inline const char* skipBlanks(const char* p) {
+    while (isBlank(*p)) ++p;
     return p;
 }
 
 // Reads [-]digits into out; nullptr when there is no number or it does not fit 32 bits.
-inline const char* parseInt(const char* p, const char* e, int& out) {
-    bool negative = false;
-    if (p != e && *p == '-') {
-        negative = true;
-        ++p;
-    }
-    if (p == e || digitOf(*p) > 9) return nullptr;
-    const uint64_t limit = negative ? 2147483648ULL : 2147483647ULL;
-    // Nine digits cannot pass the limit: they are read without the check.
+inline const char* parseInt(const char* p, int& out) {
+    const bool negative = *p == '-';
+    p += negative ? 1 : 0;
+    unsigned d = digitOf(*p);
+    if (d > 9) return nullptr;
+    // Nine digits cannot pass the limit: they are read without the check, in 32 bits.
     uint32_t small = 0;
-    const char* const fast = e - p > 9 ? p + 9 : e;
+    int digits = 0;
     do {
-        small = small * 10 + digitOf(*p);
+        small = small * 10 + d;
         ++p;
-    } while (p != fast && digitOf(*p) <= 9);
+    } while (++digits != 9 && (d = digitOf(*p)) <= 9);
+    if (digits != 9 || (d = digitOf(*p)) > 9) {
+        out = negative ? static_cast<int>(0u - small) : static_cast<int>(small);
+        return p;
+    }
+    const uint64_t limit = negative ? 2147483648ULL : 2147483647ULL;
     uint64_t v = small;
-    while (p != e && digitOf(*p) <= 9) {
-        v = v * 10 + digitOf(*p);
+    do {
+        v = v * 10 + d;
         if (v > limit) return nullptr;  // bounded: stops long before uint64 could overflow
         ++p;
-    }
+    } while ((d = digitOf(*p)) <= 9);
     out = negative ? static_cast<int>(-static_cast<int64_t>(v)) : static_cast<int>(v);
     return p;
 }
 
-inline const char* expect(const char* p, const char* e, char c) {
-    p = skipBlanks(p, e);
-    if (p == e || *p != c) return nullptr;
-    return p + 1;
-}
-
-// Walks "(id,value)..." calling sink(id, value) per item; false on malformed text.
+// Walks "(id,value)..." of [p, e), *e == '\0', calling sink(id, value) per item; false on
+// malformed text.
 template <class Sink>
 bool walkPairs(const char* p, const char* e, Sink&& sink) {
     for (;;) {
-        p = skipBlanks(p, e);
-        if (p == e) return true;
-        if (*p != '(') return false;
+        p = skipBlanks(p);
+        if (*p != '(') return *p == '\0' && p == e;
         int id = 0;
         int value = 0;
-        p = skipBlanks(p + 1, e);
-        if ((p = parseInt(p, e, id)) == nullptr) return false;
-        if ((p = expect(p, e, ',')) == nullptr) return false;
-        p = skipBlanks(p, e);
-        if ((p = parseInt(p, e, value)) == nullptr) return false;
-        if ((p = expect(p, e, ')')) == nullptr) return false;
+        if ((p = parseInt(skipBlanks(p + 1), id)) == nullptr) return false;
+        p = skipBlanks(p);
+        if (*p != ',') return false;
+        if ((p = parseInt(skipBlanks(p + 1), value)) == nullptr) return false;
+        p = skipBlanks(p);
+        if (*p != ')') return false;
+        ++p;
         sink(id, value);
     }
 }
 
-// Walks "(id)..." calling sink(id) per item; false on malformed text.
+// Walks "(id)..." of [p, e), *e == '\0', calling sink(id) per item; false on malformed text.
 template <class Sink>
 bool walkIds(const char* p, const char* e, Sink&& sink) {
     for (;;) {
-        p = skipBlanks(p, e);
-        if (p == e) return true;
-        if (*p != '(') return false;
+        p = skipBlanks(p);
+        if (*p != '(') return *p == '\0' && p == e;
         int id = 0;
-        p = skipBlanks(p + 1, e);
-        if ((p = parseInt(p, e, id)) == nullptr) return false;
-        if ((p = expect(p, e, ')')) == nullptr) return false;
+        if ((p = parseInt(skipBlanks(p + 1), id)) == nullptr) return false;
+        p = skipBlanks(p);
+        if (*p != ')') return false;
+        ++p;
         sink(id);
     }
 }
@@ -201,12 +203,19 @@ bool SensorParameterParser::parseParameterIdList(const std::string& text, std::v
 }
 
 bool SensorParameterParser::createSensorParameterString(const Pairs& params, std::string& out) {
-    // Room for the longest items, written in place, then cut to what was written.
-    out.resize(params.size() * IntFormat::kMaxPairLength);
-    char* const begin = &out[0];
-    char* p = begin;
-    for (const auto& kv : params) p = IntFormat::writePair(p, kv.first, kv.second);
-    out.resize(static_cast<size_t>(p - begin));
+    // Items are written into a buffer on the stack and appended a block at a time:
+    // sizing the string for the longest items first would fill all of it twice.
+    out.clear();
+    char block[32 * IntFormat::kMaxPairLength];
+    char* p = block;
+    for (const auto& kv : params) {
+        if (p > block + sizeof(block) - IntFormat::kMaxPairLength) {
+            out.append(block, static_cast<size_t>(p - block));
+            p = block;
+        }
+        p = IntFormat::writePair(p, kv.first, kv.second);
+    }
+    out.append(block, static_cast<size_t>(p - block));
     return true;
 }
 

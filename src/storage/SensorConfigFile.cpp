@@ -108,8 +108,19 @@ void SensorConfigFile::appendVersions(std::string& out) const {
     if (m_nVersion2 != VersionUnset) IntFormat::appendPair(out, Version2Id, m_nVersion2);
 }
 
-int SensorConfigFile::writeContent(KSFile& file, const std::string& content) {
-    if (file.write(content.data(), static_cast<long long>(content.size())) == -1) {
+int SensorConfigFile::writeContent(KSFile& file, const std::string& content, bool withVersions) {
+    // The version pairs follow the content in the file's buffer: the content is
+    // not copied into a string of its own first.
+    char versions[2 * IntFormat::kMaxPairLength];
+    char* end = versions;
+    if (withVersions) {
+        if (m_nVersion != VersionUnset) end = IntFormat::writePair(end, VersionId, m_nVersion);
+        if (m_nVersion2 != VersionUnset) end = IntFormat::writePair(end, Version2Id, m_nVersion2);
+    }
+    const long long tail = static_cast<long long>(end - versions);
+    file.reserveWrite(static_cast<long long>(content.size()) + tail);
+    if (file.write(content.data(), static_cast<long long>(content.size())) == -1 ||
+        file.write(versions, tail) == -1) {
         file.discard();
         KSLogger::consolePrintf("________write file (%s) failed\n", m_strFilePath.c_str());
         return 0;
@@ -131,20 +142,16 @@ int SensorConfigFile::saveParametersToFile(const std::string& text) {
         file.discard();
         return 0;
     }
-    std::string out = text;
-    if (!SensorParameterParser::findPair(m_pairs, VersionId) && !SensorParameterParser::findPair(m_pairs, Version2Id))
-        appendVersions(out);
-    return writeContent(file, out);
+    const bool holdsVersion =
+        SensorParameterParser::findPair(m_pairs, VersionId) || SensorParameterParser::findPair(m_pairs, Version2Id);
+    return writeContent(file, text, !holdsVersion);
 }
 
 int SensorConfigFile::saveParameterList(const std::string& text, bool holdsVersion) {
     KSMutexGuard lock(m_mutex);
     KSFile file;
     if (!openForWrite(file)) return 0;
-    if (holdsVersion) return writeContent(file, text);
-    std::string out = text;
-    appendVersions(out);
-    return writeContent(file, out);
+    return writeContent(file, text, !holdsVersion);
 }
 
 int SensorConfigFile::saveParametersToFile(const std::map<int, int>& values) {

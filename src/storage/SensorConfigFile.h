@@ -67,7 +67,9 @@ private:
     // Opens the file for replacement, printing the failure.
     bool openForWrite(KSFile& file);
     // Writes the content and commits it, printing the failure.
-    int writeContent(KSFile& file, const std::string& content);
+    // Writes content, followed by the version pairs (as appendVersions) when asked,
+    // and commits the file.
+    int writeContent(KSFile& file, const std::string& content, bool withVersions = false);
     int saveIdUnEqualParameters(const std::map<int, int>& current, const std::map<int, int>& given);
 
     int m_nVersion = VersionUnset;

@@ -107,6 +107,28 @@ TEST(KSFileTest, IdenticalReplacementLeavesTheFileUntouched) {
     EXPECT_EQ(countTemps(root.real("/mnt")), 0);
 }
 
+TEST(KSFileTest, IdenticalReplacementIsFoundAtEverySize) {
+    TempRoot root;
+    // Around the size that is compared in a buffer on the stack, and well above it.
+    for (size_t size : {size_t(0), size_t(1), size_t(4094), size_t(4095), size_t(4096), size_t(4097), size_t(20000)}) {
+        std::string content(size, 'a');
+        for (size_t i = 0; i < size; ++i) content[i] = static_cast<char>('a' + i % 26);
+        ASSERT_TRUE(KSFile::writeAll("/mnt/big.cfg", content)) << size;
+        const ino_t before = inodeOf(root.real("/mnt/big.cfg"));
+        ASSERT_TRUE(KSFile::writeAll("/mnt/big.cfg", content)) << size;
+        EXPECT_EQ(inodeOf(root.real("/mnt/big.cfg")), before) << size;
+        if (size == 0) continue;
+        // The last byte differs: the file is replaced.
+        std::string changed = content;
+        changed.back() = '#';
+        ASSERT_TRUE(KSFile::writeAll("/mnt/big.cfg", changed)) << size;
+        EXPECT_NE(inodeOf(root.real("/mnt/big.cfg")), before) << size;
+        std::string back;
+        ASSERT_TRUE(KSFile::readAll("/mnt/big.cfg", back)) << size;
+        EXPECT_EQ(back, changed) << size;
+    }
+}
+
 TEST(KSFileTest, CrashBetweenWriteAndRenameKeepsTheOldContent) {
     TempRoot root;
     ASSERT_TRUE(KSFile::writeAll("/mnt/f.cfg", "old"));

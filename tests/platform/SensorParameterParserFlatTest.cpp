@@ -64,6 +64,26 @@ TEST(SensorParameterParserFlatTest, CreateReplacesTheOutputWithEveryPair) {
     EXPECT_EQ(out, "");
 }
 
+TEST(SensorParameterParserFlatTest, CreateWritesLongListsWhole) {
+    // Enough pairs of the longest text to need several blocks of the writer.
+    for (int count : {0, 1, 31, 32, 33, 64, 65, 1000}) {
+        Pairs flat;
+        std::map<int, int> tree;
+        for (int i = 0; i < count; ++i) {
+            const int id = INT_MIN + i, value = i % 2 ? INT_MIN : INT_MAX - i;
+            flat.emplace_back(id, value);
+            tree[id] = value;
+        }
+        std::string a = "stale", b;
+        SensorParameterParser::createSensorParameterString(flat, a);
+        SensorParameterParser::createSensorParameterString(tree, b);
+        EXPECT_EQ(a, b) << count;
+        Pairs back;
+        ASSERT_TRUE(SensorParameterParser::parseSensorParameter(a, back)) << count;
+        EXPECT_EQ(back, flat) << count;
+    }
+}
+
 TEST(SensorParameterParserFlatTest, IdListEndsAscendingWithoutRepeats) {
     std::vector<int> ids{4};
     ASSERT_TRUE(SensorParameterParser::parseParameterIdList(std::string("(9)(1)(4)(9) (-3)"), ids));

@@ -24,6 +24,20 @@ TEST(SensorParameterParserTest, NegativeNumbersAndLimits) {
     EXPECT_EQ(z, (Map{{7, -12}}));
 }
 
+TEST(SensorParameterParserTest, NumbersAroundNineAndTenDigits) {
+    Map m;
+    ASSERT_TRUE(SensorParameterParser::parseSensorParameter(
+        "(999999999,1000000000)(1999999999,-1999999999)(000000000002147483647,-0000000000002147483648)", m));
+    EXPECT_EQ(m, (Map{{999999999, 1000000000}, {1999999999, -1999999999}, {INT_MAX, INT_MIN}}));
+    // Ten digits beyond the 32-bit range, including ones that wrap to a small value in 32 bits.
+    for (const char* text : {"(2147483650,1)", "(4294967296,1)", "(4294967297,1)", "(1,-4294967295)",
+                             "(12345678901,1)", "(1,9999999999)"}) {
+        Map k{{42, 42}};
+        EXPECT_FALSE(SensorParameterParser::parseSensorParameter(text, k)) << text;
+        EXPECT_EQ(k, (Map{{42, 42}})) << text;
+    }
+}
+
 TEST(SensorParameterParserTest, BlanksBetweenTokens) {
     Map m;
     ASSERT_TRUE(SensorParameterParser::parseSensorParameter(" \t( 3 ,\n50 )\r\n ( 7,1)\v\f ", m));
@@ -79,10 +93,22 @@ TEST(SensorParameterParserTest, MalformedTextFailsAndChangesNothing) {
         EXPECT_FALSE(SensorParameterParser::parseSensorParameter(text, m)) << text;
         EXPECT_EQ(m, (Map{{42, 42}})) << text;
     }
-    // An embedded NUL is not a blank.
-    Map m;
-    EXPECT_FALSE(SensorParameterParser::parseSensorParameter(std::string("(1,2)\0(3,4)", 11), m));
-    EXPECT_TRUE(m.empty());
+    // An embedded NUL is not a blank, and it does not end the text, wherever it stands.
+    const std::string withNul[] = {std::string("(1,2)\0(3,4)", 11), std::string("(1,2)\0", 6),
+                                   std::string("(1\0,2)", 6), std::string("(1,2\0)", 6),
+                                   std::string("\0", 1), std::string("(\0", 2)};
+    for (const std::string& text : withNul) {
+        Map m;
+        EXPECT_FALSE(SensorParameterParser::parseSensorParameter(text, m)) << text.size();
+        EXPECT_TRUE(m.empty());
+        SensorParameterParser::Pairs pairs;
+        EXPECT_FALSE(SensorParameterParser::parseSensorParameter(text, pairs)) << text.size();
+        EXPECT_TRUE(pairs.empty());
+    }
+    std::set<int> ids;
+    EXPECT_FALSE(SensorParameterParser::parseParameterIdList(std::string("(1)\0", 4), ids));
+    EXPECT_FALSE(SensorParameterParser::parseParameterIdList(std::string("(1\0)", 4), ids));
+    EXPECT_TRUE(ids.empty());
 }
 
 TEST(SensorParameterParserTest, CreatesTextInAscendingIdOrder) {
