@@ -28,7 +28,7 @@
 #include <string>
 #include <thread>
 
-#include "IdleDevices.h"
+#include "IdleController.h"
 #include "QuietConsole.h"
 #include "app/ModuleConfigure.h"
 #include "app/VideoResolution.h"
@@ -49,44 +49,6 @@ int removeEntry(const char* path, const struct stat*, int, struct FTW*) {
 
 // A driver that does nothing: 60 common ids, every read gives the id, every
 // write succeeds, day reported by the sensor, a constant gain.
-class IdleController : public ISensorController {
-public:
-    IdleController() : ISensorController(50) {
-        m_pIdManager->addParameterId(1, 1, 60);
-        static SafePointer<IUARTController> s_uart(new IdleUART());
-        static SafePointer<IGPIO> s_gpio(new IdleGPIO());
-        setOperator(s_uart, s_gpio);
-    }
-    ~IdleController() override { getDayNightThread().stop(); }
-    int getMirrorValue(int& v) override {
-        v = 0;
-        return 1;
-    }
-    int getParameterFromSensor(int id, int& value) override {
-        if (id >= 500 && id <= 504) return ISensorController::getParameterFromSensor(id, value);
-        value = id;
-        return 1;
-    }
-    int setParameterToSensor(int id, int value) override {
-        if (id >= 500 && id <= 504) return ISensorController::setParameterToSensor(id, value);
-        return 1;
-    }
-    int setSensorVideoSystem(int, const VideoResolution&) override { return 1; }
-    int initController(int, const ModuleConfigure&) override {
-        setSensorConfigVersion(0);
-        setSensorConfigVersion2(3);
-        return 1;
-    }
-    int getDNStatusFromSensor(int& status) override {
-        status = 1;
-        return 1;
-    }
-    int getCurrentGain(int& gain) override {
-        gain = 20;
-        return 1;
-    }
-};
-
 // The platform root on tmpfs, the virtual clock, and the console off.
 class BenchEnv {
 public:

@@ -32,7 +32,7 @@
 #include <vector>
 
 #include "BenchRoot.h"
-#include "IdleDevices.h"
+#include "IdleController.h"
 #include "app/ModuleConfigure.h"
 #include "app/VideoResolution.h"
 #include "core/ISensorController.h"
@@ -84,49 +84,6 @@ void onCall(FsUtil::Call call, const std::string& path) {
 }
 
 // ---- the driver ----
-
-// The first `count` positive ids, leaving out the scheme window ids 500-504 the base registers.
-std::vector<int> idsOf(int count) {
-    std::vector<int> ids;
-    for (int id = 1; static_cast<int>(ids.size()) < count; ++id)
-        if (id < 500 || id > 504) ids.push_back(id);
-    return ids;
-}
-
-// A driver that does nothing: `count` common ids, every read gives the id, every write succeeds.
-class CountController : public ISensorController {
-public:
-    explicit CountController(int count) : ISensorController(50) {
-        for (int id : idsOf(count)) m_pIdManager->addParameterId(IdManager::TypeCommon, id);
-        static SafePointer<IUARTController> s_uart(new IdleUART());
-        static SafePointer<IGPIO> s_gpio(new IdleGPIO());
-        setOperator(s_uart, s_gpio);
-    }
-    ~CountController() override { getDayNightThread().stop(); }
-    int getMirrorValue(int& v) override {
-        v = 0;
-        return 1;
-    }
-    int getParameterFromSensor(int id, int& value) override {
-        if (id >= 500 && id <= 504) return ISensorController::getParameterFromSensor(id, value);
-        value = id;
-        return 1;
-    }
-    int setParameterToSensor(int id, int value) override {
-        if (id >= 500 && id <= 504) return ISensorController::setParameterToSensor(id, value);
-        return 1;
-    }
-    int setSensorVideoSystem(int, const VideoResolution&) override { return 1; }
-    int initController(int, const ModuleConfigure&) override {
-        setSensorConfigVersion(0);
-        setSensorConfigVersion2(3);
-        return 1;
-    }
-    int getDNStatusFromSensor(int& status) override {
-        status = 1;
-        return 1;
-    }
-};
 
 int initController(ISensorController& c) {
     ModuleConfigure cfg(88, "RS485=/dev/ttyS1;isInfrared=1;DNDefault=0", "");
@@ -217,14 +174,14 @@ int child(const char* resultsPath) {
         KSFile::writeAll("/hd1/moduleConfig/sensorAbility.xml",
                          "<sensorAbility><paramScheme><item name=\"SchemeNum\" value=\"4\"/></paramScheme>"
                          "</sensorAbility>\n");
-        const std::vector<int> ids = idsOf(count);
+        const std::vector<int> ids = IdleController::idsOf(count);
         const std::string n = std::to_string(count);
         {
-            CountController first(count);  // cold start: every file is created
+            IdleController first(count);  // cold start: every file is created
             if (!initController(first)) return 3;
         }
         measure("init-warm/" + n, 1, [&] {
-            CountController c(count);
+            IdleController c(count);
             windowOpen();
             int ok = initController(c);
             windowClose();
@@ -232,7 +189,7 @@ int child(const char* resultsPath) {
             c.getDayNightThread().stop();
         });
 
-        CountController c(count);
+        IdleController c(count);
         if (!initController(c)) return 3;
         c.getDayNightThread().stop();
         c.paramSchemeSwitchBody();  // the scheme of the time of day is applied
