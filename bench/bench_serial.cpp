@@ -1,6 +1,7 @@
 // The serial transaction layer with the FCB-EV7310 controller against the
 // simulated VISCA block: the library's cost of one acknowledged transaction
-// in-process (waits on the virtual clock, so they cost no time), the round trip
+// in-process (waits on the virtual clock, so they cost no time) in each reply
+// form (message: FCB-EV7310, search: CMD8100, byte by byte: CMD8300), the round trip
 // over a pseudo-terminal with the termios port, and the transaction time with
 // the module pacing its bytes at 9600 baud, against the line's own time.
 #include <benchmark/benchmark.h>
@@ -13,6 +14,8 @@
 
 #include "BenchRoot.h"
 #include "IdleDevices.h"
+#include "drivers/serial/CMD8100SenseController.h"
+#include "drivers/serial/CMD8300SenseController.h"
 #include "drivers/serial/FCBEV7310SenseController.h"
 #include "platform/FsUtil.h"
 #include "platform/PlatformClock.h"
@@ -51,7 +54,7 @@ private:
     int m_saved = -1;
 };
 
-int transaction(FCBEV7310SenseController& c, int64_t i) {
+int transaction(ISensorController& c, int64_t i) {
     return c.setParameterValue(reinterpret_cast<const char*>(kGamma[i & 1]), 6);
 }
 
@@ -80,6 +83,46 @@ static void BM_AcknowledgedTransactionInProcess(benchmark::State& state) {
     PlatformClock::useReal();
 }
 BENCHMARK(BM_AcknowledgedTransactionInProcess)->Unit(benchmark::kMicrosecond);
+
+// The same in the search form (the CMD8100: one 3-byte read searched for either
+// pattern, then the completion read) and the byte form (the CMD8300: the same
+// reads, the reply tested byte by byte).
+template <class Controller>
+void BM_ViscaGroupTransactionInProcess(benchmark::State& state, const char* model, const char* detail,
+                                       const char* params) {
+    BenchRoot root;
+    QuietStdout quiet;
+    PlatformClock::useVirtual(1767571200);
+    {
+        SimViscaModule module;
+        module.setProfile(SimViscaModule::profile(model));
+        module.setReplyDelayMs(0);
+        module.setPacing(false);
+        SafePointer<IUARTController> uart(new SimViscaUART(module, "/dev/ttyS1"));
+        Controller ctl;
+        ctl.setOperator(uart, SafePointer<IGPIO>(new IdleGPIO()));
+        if (!ctl.initController(Controller::SensorType, ModuleConfigure(Controller::SensorType, detail, params))) {
+            state.SkipWithError("init failed");
+        } else {
+            int64_t i = 0, failed = 0;
+            for (auto _ : state) failed += transaction(ctl, i++) ? 0 : 1;
+            state.counters["failed"] = static_cast<double>(failed);
+        }
+        ctl.stopWorker();
+    }
+    PlatformClock::useReal();
+}
+static void BM_SearchFormTransactionInProcess(benchmark::State& state) {
+    BM_ViscaGroupTransactionInProcess<CMD8100SenseController>(state, "CMD8100", "RS485=/dev/ttyS1;isInfrared=1;generation=2",
+                                                              "RS485=9600,8,1,0");
+}
+BENCHMARK(BM_SearchFormTransactionInProcess)->Unit(benchmark::kMicrosecond);
+
+static void BM_ByteFormTransactionInProcess(benchmark::State& state) {
+    BM_ViscaGroupTransactionInProcess<CMD8300SenseController>(state, "CMD8300", "RS485=/dev/ttyS1;isInfrared=1",
+                                                              "RS485=9600,8,1,0;GUIConfigName=CMD8300");
+}
+BENCHMARK(BM_ByteFormTransactionInProcess)->Unit(benchmark::kMicrosecond);
 
 // Over a pseudo-terminal with the termios port; the module answers at once.
 static void BM_TransactionOverPty(benchmark::State& state) {

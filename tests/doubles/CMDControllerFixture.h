@@ -51,19 +51,7 @@ protected:
         EXPECT_EQ(ISensorController::InitSuccess, ctl->getSensorStatus());
     }
 
-    struct RecordCase {
-        std::string detail, params, text;
-    };
-    // Each bad record fails init with its text.
-    void expectInitFailures(const std::vector<RecordCase>& cases) {
-        for (const RecordCase& c : cases) {
-            SCOPED_TRACE(c.text);
-            ctl.reset();
-            EXPECT_EQ(0, init(c.detail, c.params));
-            EXPECT_NE(std::string::npos, initOutput.find(c.text)) << initOutput;
-            EXPECT_NE(ISensorController::InitSuccess, ctl->getSensorStatus());
-        }
-    }
+    typedef typename Base::RecordCase RecordCase;
     // The records that every CMD module refuses (`withGeneration`: the detail
     // text of a good record carries "generation").
     std::vector<RecordCase> commonBadRecords(bool withGeneration) const {
@@ -107,12 +95,7 @@ protected:
         EXPECT_EQ(SimViscaModule::MaxFocus, bench.module.focusPosition(PlatformClock::nowMs()));
         expectMove(55, bytesOf({0x81, 0x01, 0x04, 0x08, 0x03, 0xFF}));
         EXPECT_EQ(0x1000, bench.module.focusPosition(PlatformClock::nowMs()));
-        // Mirror: reverse, then flip.
-        ViscaPackets m = Base::set(10, 2);
-        EXPECT_EQ((ViscaPackets{bytesOf({0x81, 0x01, 0x04, 0x61, 0x02, 0xFF}),
-                                bytesOf({0x81, 0x01, 0x04, 0x66, 0x02, 0xFF})}),
-                  m);
-        EXPECT_EQ(bytesOf({0x02}), bench.module.valueOf(0x66));
+        Base::expectMirror(10);
         // Photometry: back light, then spot AE.
         ViscaPackets spot = Base::set(16, 2);
         EXPECT_EQ((ViscaPackets{bytesOf({0x81, 0x01, 0x04, 0x33, 0x03, 0xFF}),

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "core/ISensorController.h"
 #include "doubles/ViscaRig.h"
 #include "drivers/serial/ViscaParameter.h"
 #include "platform/PlatformClock.h"
@@ -186,6 +187,31 @@ protected:
             }
         }
     }
+    struct RecordCase {
+        std::string detail, params, text;
+    };
+    // Each bad module record fails init with its text.
+    void expectInitFailures(const std::vector<RecordCase>& cases) {
+        for (const RecordCase& c : cases) {
+            SCOPED_TRACE(c.text);
+            ctl.reset();
+            EXPECT_EQ(0, init(c.detail, c.params));
+            EXPECT_NE(std::string::npos, initOutput.find(c.text)) << initOutput;
+            EXPECT_NE(ISensorController::InitSuccess, ctl->getSensorStatus());
+        }
+    }
+
+    // The mirror id: value 3 (flip only) sends the reverse off, then the flip
+    // on, and the module holds both.
+    void expectMirror(int id) {
+        ViscaPackets m = set(id, 3);
+        EXPECT_EQ((ViscaPackets{bytesOf({0x81, 0x01, 0x04, 0x61, 0x03, 0xFF}),
+                                bytesOf({0x81, 0x01, 0x04, 0x66, 0x02, 0xFF})}),
+                  m);
+        EXPECT_EQ(bytesOf({0x03}), bench.module.valueOf(0x61));
+        EXPECT_EQ(bytesOf({0x02}), bench.module.valueOf(0x66));
+    }
+
     // Values that the controller keeps itself (day/night mode, switch times):
     // each taken, nothing sent to the module.
     void expectControllersOwn(std::initializer_list<std::pair<int, int>> values) {

@@ -1,7 +1,9 @@
 #include "drivers/serial/CMD8300SenseController.h"
 
 #include <cstdio>
+#include <vector>
 
+#include "drivers/serial/FCBEV7310SenseController.h"
 #include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
 #include "platform/PlatformClock.h"
@@ -17,7 +19,7 @@ const unsigned char kModeShutter = 1 << 2;
 const int kManualNRId = 3;
 const unsigned char kNRCode = 0x53;
 
-// The CMD8300's parameters (this library's definition: which image parameter
+// The CMD8300's parameters up to id 32 (this library's definition: which image parameter
 // each id is, its packet and its accepted values): id, name of the messages,
 // name of the range message (nullptr: every value is taken), accepted values,
 // packet shape, command byte, fixed argument, exposure modes that send it,
@@ -56,18 +58,28 @@ const ViscaParameter kTable[] = {
     {30, "Hue", "p_nHue", 0, 14, P::Nibbles, 0x4F, 0, 0, 7},
     {31, "AEResponse", "p_nAEResponse", 1, 48, P::Byte, 0x5D, 0, 0, 1},
     {32, "DigitalZoom", nullptr, 0, 0, P::OnOff, 0x06, 0, 0, 1},
-    {57, "NearLight", nullptr, 0, 0, P::Controller, 0, 0, 0, 50},
-    {58, "MiddleLight", nullptr, 0, 0, P::Controller, 0, 0, 0, 50},
-    {59, "FarLight", nullptr, 0, 0, P::Controller, 0, 0, 0, 50},
-    {60, "DTNTime_H", nullptr, 0, 0, P::Controller, 0, 0, 0, 18},
-    {61, "DTNTime_M", nullptr, 0, 0, P::Controller, 0, 0, 0, 0},
-    {62, "NTDTime_H", nullptr, 0, 0, P::Controller, 0, 0, 0, 6},
-    {63, "NTDTime_M", nullptr, 0, 0, P::Controller, 0, 0, 0, 0},
-    {64, "PowerMode", nullptr, 0, 0, P::Controller, 0, 0, 0, 0},
+};
+// The rows after the base controller's operations (57-64).
+const ViscaParameter kTail[] = {
     {65, "Brightness", "p_nBrightness", 0, 100, P::Controller, 0x4D, 0, 0, 0, 56},
     {66, "LowLightChromaSuppress", "p_nLowLightChromaSuppress", 0, 3, P::Nibble, 0x5F, 0, 0, 0},
 };
-const size_t kTableSize = sizeof(kTable) / sizeof(kTable[0]);
+// Lamps (57-59), day/night switch times (60-63) and power mode (64): the base
+// controller's operations, rows of the same ids as the FCB-EV7310's.
+const ViscaParameter::Range kBaseRows[] = {{57, 0, 0}, {58, 0, 0}, {59, 0, 0}, {60, 0, 0},
+                                           {61, 0, 0}, {62, 0, 0}, {63, 0, 0}, {64, 0, 0}};
+
+const std::vector<ViscaParameter>& table() {
+    static const std::vector<ViscaParameter> rows = [] {
+        std::vector<ViscaParameter> r(kTable, kTable + sizeof(kTable) / sizeof(kTable[0]));
+        std::vector<ViscaParameter> base =
+            FCBEV7310SenseController::rowsWithRanges(kBaseRows, sizeof(kBaseRows) / sizeof(kBaseRows[0]));
+        r.insert(r.end(), base.begin(), base.end());
+        r.insert(r.end(), kTail, kTail + sizeof(kTail) / sizeof(kTail[0]));
+        return r;
+    }();
+    return rows;
+}
 
 // Automatic noise reduction: the level for gains up to each bound.
 struct GainLevel {
@@ -78,7 +90,7 @@ const GainLevel kAutoNR[] = {{4, 1}, {9, 3}, {15, 5}};
 }  // namespace
 
 CMD8300SenseController::CMD8300SenseController()
-    : ViscaSenseController(SensorType, ByteForm, "CMD8300", kTable, kTableSize) {
+    : ViscaSenseController(SensorType, ByteForm, "CMD8300", table().data(), table().size()) {
     registerIds("CMD8300SenseController");
 }
 
@@ -90,8 +102,8 @@ CMD8300SenseController::~CMD8300SenseController() {
 }
 
 const ViscaParameter* CMD8300SenseController::parameterTable(size_t& count) {
-    count = kTableSize;
-    return kTable;
+    count = table().size();
+    return table().data();
 }
 
 int CMD8300SenseController::autoNRLevelOf(int gain) {

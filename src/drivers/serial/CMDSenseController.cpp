@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "drivers/serial/FCBEV7310SenseController.h"
 #include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
 
@@ -46,13 +47,6 @@ const ViscaParameter kCatalogue[] = {
     {54, "FocusUp", nullptr, 0, 0, P::Fixed, 0x08, 0x02, 0, 0},
     {55, "FocusDown", nullptr, 0, 0, P::Fixed, 0x08, 0x03, 0, 0},
     {56, "Brightness", "p_nBrightness", 0, 100, P::Controller, 0x4D, 0, 0, 0},
-    {57, "NearLight", nullptr, 0, 0, P::Controller, 0, 0, 0, 50},
-    {58, "MiddleLight", nullptr, 0, 0, P::Controller, 0, 0, 0, 50},
-    {59, "FarLight", nullptr, 0, 0, P::Controller, 0, 0, 0, 50},
-    {60, "DTNTime_H", nullptr, 0, 0, P::Controller, 0, 0, 0, 18},
-    {61, "DTNTime_M", nullptr, 0, 0, P::Controller, 0, 0, 0, 0},
-    {62, "NTDTime_H", nullptr, 0, 0, P::Controller, 0, 0, 0, 6},
-    {63, "NTDTime_M", nullptr, 0, 0, P::Controller, 0, 0, 0, 0},
     {64, "OnePushTrigger", nullptr, 0, 0, P::Fixed, 0x18, 0x01, 0, 0},
     {65, "PowerMode", nullptr, 0, 0, P::Controller, 0, 0, 0, 0, 64},
     {66, "EnterAutoMode", nullptr, 0, 0, P::Controller, 0, 0, 0, 0, CMDSenseController::OpEnterAutoMode},
@@ -65,7 +59,21 @@ const ViscaParameter kCatalogue[] = {
     {73, "ZoomWide", nullptr, 0, 0, P::Fixed, 0x07, 0x03, 0, 0},
     {74, "ZoomStop", nullptr, 0, 0, P::Fixed, 0x07, 0x00, 0, 0},
 };
-const size_t kCatalogueSize = sizeof(kCatalogue) / sizeof(kCatalogue[0]);
+// Lamps (57-59) and day/night switch times (60-63): the base controller's
+// operations, rows of the same ids as the FCB-EV7310's.
+const ViscaParameter::Range kBaseRows[] = {{57, 0, 0}, {58, 0, 0}, {59, 0, 0}, {60, 0, 0},
+                                           {61, 0, 0}, {62, 0, 0}, {63, 0, 0}};
+
+const std::vector<ViscaParameter>& catalogue() {
+    static const std::vector<ViscaParameter> rows = [] {
+        std::vector<ViscaParameter> r(kCatalogue, kCatalogue + sizeof(kCatalogue) / sizeof(kCatalogue[0]));
+        std::vector<ViscaParameter> base =
+            FCBEV7310SenseController::rowsWithRanges(kBaseRows, sizeof(kBaseRows) / sizeof(kBaseRows[0]));
+        r.insert(r.end(), base.begin(), base.end());
+        return r;
+    }();
+    return rows;
+}
 
 }  // namespace
 
@@ -78,21 +86,13 @@ CMDSenseController::CMDSenseController(int sensorType, const char* className, co
 }
 
 std::vector<ViscaParameter> CMDSenseController::rowsWithRanges(const ViscaParameter::Range* ranges, size_t count) {
-    return ViscaParameter::compose(kCatalogue, kCatalogueSize, ranges, count);
+    return ViscaParameter::compose(catalogue().data(), catalogue().size(), ranges, count);
 }
 
 int CMDSenseController::setPhotometry(int p_nPhotometry) {
     // (back light compensation, spot AE) of metering 0-2.
-    static const bool kBackLight[3] = {false, true, false};
-    static const bool kSpot[3] = {false, false, true};
-    if (static_cast<unsigned int>(p_nPhotometry) > 2) {
-        KSLogger::consolePrintf("p_nPhotometry(%d) is out of range\n", p_nPhotometry);
-        return 0;
-    }
-    unsigned char backLight = kBackLight[p_nPhotometry] ? 0x02 : 0x03;
-    if (!sendCommand(0x33, &backLight, 1)) return 0;
-    unsigned char spot = kSpot[p_nPhotometry] ? 0x02 : 0x03;
-    return sendCommand(0x59, &spot, 1);
+    static const SwitchPair kPhotometry[3] = {{false, false}, {true, false}, {false, true}};
+    return sendSwitchPair("p_nPhotometry", p_nPhotometry, kPhotometry, 3, 0x33, 0x59);
 }
 
 int CMDSenseController::enterAutoMode() {

@@ -156,18 +156,22 @@ int ViscaSenseController::setWhiteBalanceMode(int value) {
     return sendCommand(0x35, &v, 1);
 }
 
-int ViscaSenseController::setMirror(int p_nMirror) {
-    // (horizontal reverse, vertical flip) of mirror values 0-3.
-    static const bool kReverse[4] = {false, true, true, false};
-    static const bool kFlip[4] = {false, false, true, true};
-    if (static_cast<unsigned int>(p_nMirror) > 3) {
-        KSLogger::consolePrintf("p_nMirror(%d) is out of range\n", p_nMirror);
+int ViscaSenseController::sendSwitchPair(const char* rangeName, int value, const SwitchPair* pairs, int count,
+                                         unsigned char firstCode, unsigned char secondCode) {
+    if (static_cast<unsigned int>(value) >= static_cast<unsigned int>(count)) {
+        KSLogger::consolePrintf("%s(%d) is out of range\n", rangeName, value);
         return 0;
     }
-    unsigned char h = kReverse[p_nMirror] ? 0x02 : 0x03;
-    if (!sendCommand(0x61, &h, 1)) return 0;
-    unsigned char v = kFlip[p_nMirror] ? 0x02 : 0x03;
-    return sendCommand(0x66, &v, 1);
+    unsigned char first = pairs[value].first ? 0x02 : 0x03;
+    if (!sendCommand(firstCode, &first, 1)) return 0;
+    unsigned char second = pairs[value].second ? 0x02 : 0x03;
+    return sendCommand(secondCode, &second, 1);
+}
+
+int ViscaSenseController::setMirror(int p_nMirror) {
+    // (horizontal reverse, vertical flip) of mirror values 0-3.
+    static const SwitchPair kMirror[4] = {{false, false}, {true, false}, {true, true}, {false, true}};
+    return sendSwitchPair("p_nMirror", p_nMirror, kMirror, 4, 0x61, 0x66);
 }
 
 int ViscaSenseController::setExposalMode(int p_nMode) {

@@ -66,6 +66,15 @@ protected:
     // the module codes the row, 0 to leave it to the shared coding.
     virtual int setModuleRow(const ViscaParameter& row, int value, int& result);
 
+    // Two on/off commands that together code a value: for `value` (0 to count-1)
+    // `firstCode` with pairs[value].first, then `secondCode` with .second; a
+    // failure of the first stops. A value outside prints "<rangeName>(%d) is out of range".
+    struct SwitchPair {
+        bool first, second;
+    };
+    int sendSwitchPair(const char* rangeName, int value, const SwitchPair* pairs, int count, unsigned char firstCode,
+                       unsigned char secondCode);
+
     int sendPacket(const unsigned char* packet, int length);
     int sendCommand(unsigned char code, const unsigned char* values, int count);
     // A row's value through its command (nothing sent in an exposure mode that decides it).
