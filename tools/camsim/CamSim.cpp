@@ -182,7 +182,9 @@ bool CamSim::start(const Options& options) {
     PlatformRoot::set(m_strRoot);
 
     // The camera's clock is virtual: it starts at the host's local time (or the
-    // given time of day) and moves when the simulator moves it.
+    // given time of day) and moves when the simulator moves it. Its threads run
+    // one at a time, so they are kept on one CPU (OneCpu.h says why).
+    m_pOneCpu.reset(new OneCpu());
     time_t now = std::time(nullptr);
     struct tm local {};
     localtime_r(&now, &local);
@@ -306,6 +308,7 @@ void CamSim::stop() {
         PlatformClock::useReal();
     }
     m_bStarted = false;
+    m_pOneCpu.reset();
     if (m_nLockFd >= 0) {
         ::close(m_nLockFd);
         m_nLockFd = -1;

@@ -13,6 +13,7 @@
 #include "app/ModuleConfigure.h"
 #include "camsim/ConsoleCapture.h"
 #include "camsim/EventMonitor.h"
+#include "camsim/OneCpu.h"
 #include "camsim/SimFrontEnd.h"
 #include "core/SensorControllerManager.h"
 #include "platform/GThread.h"
@@ -119,6 +120,7 @@ private:
 
     Options m_options;
     ConsoleCapture m_capture;
+    std::unique_ptr<OneCpu> m_pOneCpu;  // the simulated camera's threads share one CPU
     std::unique_ptr<SimFrontEnd> m_pFrontEnd;
     std::unique_ptr<EventMonitor> m_pMonitor;
     std::unique_ptr<SensorControllerManager> m_pManager;
