@@ -183,8 +183,8 @@ bool CamSim::start(const Options& options) {
 
     // The camera's clock is virtual: it starts at the host's local time (or the
     // given time of day) and moves when the simulator moves it. Its threads run
-    // one at a time, so they are kept on one CPU (OneCpu.h says why).
-    m_pOneCpu.reset(new OneCpu());
+    // one at a time, so they share one CPU (SimScheduling.h says why).
+    m_pScheduling.reset(new SimScheduling());
     time_t now = std::time(nullptr);
     struct tm local {};
     localtime_r(&now, &local);
@@ -308,7 +308,7 @@ void CamSim::stop() {
         PlatformClock::useReal();
     }
     m_bStarted = false;
-    m_pOneCpu.reset();
+    m_pScheduling.reset();
     if (m_nLockFd >= 0) {
         ::close(m_nLockFd);
         m_nLockFd = -1;

@@ -13,7 +13,7 @@
 #include "app/ModuleConfigure.h"
 #include "camsim/ConsoleCapture.h"
 #include "camsim/EventMonitor.h"
-#include "camsim/OneCpu.h"
+#include "camsim/SimScheduling.h"
 #include "camsim/SimFrontEnd.h"
 #include "core/SensorControllerManager.h"
 #include "platform/GThread.h"
@@ -120,7 +120,7 @@ private:
 
     Options m_options;
     ConsoleCapture m_capture;
-    std::unique_ptr<OneCpu> m_pOneCpu;  // the simulated camera's threads share one CPU
+    std::unique_ptr<SimScheduling> m_pScheduling;  // how the simulated camera's threads are run
     std::unique_ptr<SimFrontEnd> m_pFrontEnd;
     std::unique_ptr<EventMonitor> m_pMonitor;
     std::unique_ptr<SensorControllerManager> m_pManager;
