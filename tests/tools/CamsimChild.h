@@ -4,6 +4,8 @@
 // interrupted with SIGINT as Ctrl-C does.
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
+#include <sys/ioctl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -55,18 +57,37 @@ public:
     CamsimChild& operator=(const CamsimChild&) = delete;
 
     // Starts camsim with the arguments; its standard input is a pipe of this object.
-    bool start(const std::vector<std::string>& args) {
-        int in[2], out[2], status[2];  // status tells the parent whether exec worked
-        if (::pipe(in) != 0 || ::pipe(out) != 0 || ::pipe(status) != 0) return false;
+    // On a terminal (`onTerminal`), camsim's standard input, output and error are a
+    // pseudo-terminal whose far end this object holds, and that terminal is camsim's
+    // controlling terminal: a Ctrl-C sent on it interrupts camsim as a user's does.
+    bool start(const std::vector<std::string>& args, bool onTerminal = false) {
+        int in[2] = {-1, -1}, out[2] = {-1, -1}, status[2];  // status tells the parent whether exec worked
+        int master = -1, slave = -1;
+        if (onTerminal) {
+            if (::openpty(&master, &slave, nullptr, nullptr, nullptr) != 0) return false;
+        } else if (::pipe(in) != 0 || ::pipe(out) != 0) {
+            return false;
+        }
+        if (::pipe(status) != 0) return false;
         ::fcntl(status[1], F_SETFD, FD_CLOEXEC);
         m_begin = std::chrono::steady_clock::now();
         m_pid = ::fork();
         if (m_pid == 0) {
-            ::dup2(in[0], STDIN_FILENO);
-            ::dup2(out[1], STDOUT_FILENO);
-            ::dup2(out[1], STDERR_FILENO);
-            ::close(in[1]);
-            ::close(out[0]);
+            if (onTerminal) {
+                ::setsid();
+                ::ioctl(slave, TIOCSCTTY, 0);
+                ::dup2(slave, STDIN_FILENO);
+                ::dup2(slave, STDOUT_FILENO);
+                ::dup2(slave, STDERR_FILENO);
+                ::close(master);
+                ::close(slave);
+            } else {
+                ::dup2(in[0], STDIN_FILENO);
+                ::dup2(out[1], STDOUT_FILENO);
+                ::dup2(out[1], STDERR_FILENO);
+                ::close(in[1]);
+                ::close(out[0]);
+            }
             ::close(status[0]);
             std::vector<std::string> words;
 #ifdef SENSORCTL_TEST_EMULATOR
@@ -90,11 +111,17 @@ public:
             (void)ignored;
             ::_exit(127);
         }
-        ::close(in[0]);
-        ::close(out[1]);
         ::close(status[1]);
-        m_in = in[1];
-        m_out = out[0];
+        if (onTerminal) {
+            ::close(slave);
+            m_in = ::dup(master);
+            m_out = master;
+        } else {
+            ::close(in[0]);
+            ::close(out[1]);
+            m_in = in[1];
+            m_out = out[0];
+        }
         ::fcntl(m_in, F_SETFD, FD_CLOEXEC);
         ::fcntl(m_out, F_SETFD, FD_CLOEXEC);
         int execErr = 0;
