@@ -150,7 +150,7 @@ SimViscaModule::Profile SimViscaModule::profile(const std::string& model) {
     return p;
 }
 
-SimViscaModule::SimViscaModule() : m_rng(12345) {
+SimViscaModule::SimViscaModule() {
     m_profile = profile("FCB-EV7310");
     m_registers[0x00] = 0;
 }
@@ -185,25 +185,8 @@ int SimViscaModule::maxValueOf(uint8_t code, int standard) const {
 
 // ---- line ----
 
-int SimViscaModule::byteTimeUs() const {
-    int baud = kBauds[m_moduleBaudIndex];
-    return m_pacing ? 10 * 1000000 / baud : 0;
-}
+int SimViscaModule::moduleBaudLocked() const { return kBauds[m_moduleBaudIndex]; }
 
-bool SimViscaModule::lineGarbled() const { return m_lineBaud != kBauds[m_moduleBaudIndex]; }
-
-void SimViscaModule::setLineBaud(int baud) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_lineBaud = baud;
-}
-int SimViscaModule::getModuleBaud() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return kBauds[m_moduleBaudIndex];
-}
-int SimViscaModule::getLineBaud() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_lineBaud;
-}
 void SimViscaModule::setNight(bool night) {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_night = night;
@@ -216,20 +199,8 @@ void SimViscaModule::setBaudIndex(int index) {
     m_moduleBaudIndex = index;
 }
 
-void SimViscaModule::setPacing(bool on) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_pacing = on;
-}
-void SimViscaModule::setReplyDelayMs(int ms) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_replyDelayMs = ms < 0 ? 0 : ms;
-}
-
-void SimViscaModule::receive(const uint8_t* data, int length, int64_t nowMs) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    settle(nowMs);
+void SimViscaModule::receiveLocked(const uint8_t* data, int length, int64_t nowMs) {
     if (isRestartingLocked(nowMs)) return;  // a restarting module hears nothing
-    if (lineGarbled()) return;              // framing errors: nothing intelligible arrives
     const int64_t wireUs = static_cast<int64_t>(byteTimeUs());
     for (int i = 0; i < length; ++i) {
         // Only a packet's first byte has bit 7 set (the terminator aside): such a
@@ -246,121 +217,7 @@ void SimViscaModule::receive(const uint8_t* data, int length, int64_t nowMs) {
     }
 }
 
-void SimViscaModule::materialise(int64_t untilMs) {
-    const int64_t untilUs = untilMs * 1000;
-    while (!m_pending.empty() && m_pending.front().at * 1000 <= untilUs) {
-        Message m = m_pending.front();
-        m_pending.pop_front();
-        int64_t t = std::max(m.at * 1000, m_wireEndUs);
-        for (size_t i = 0; i < m.bytes.size(); ++i) {
-            if (i > 0) t += static_cast<int64_t>(m.gapMs) * 1000;
-            t += byteTimeUs();
-            m_wire.emplace_back(t, m.bytes[i]);
-        }
-        m_wireEndUs = t;
-    }
-}
-
-int SimViscaModule::takeOutput(uint8_t* out, int capacity, int64_t untilMs) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    settle(untilMs);
-    materialise(untilMs);
-    int n = 0;
-    while (n < capacity && !m_wire.empty() && m_wire.front().first <= untilMs * 1000) {
-        uint8_t b = m_wire.front().second;
-        // At the wrong baud a byte arrives as something else, never a frame byte.
-        if (lineGarbled()) b = static_cast<uint8_t>(0x20 | (b & 0x0F));
-        out[n++] = b;
-        m_wire.pop_front();
-    }
-    return n;
-}
-
-int64_t SimViscaModule::timeOfByte(int count, int64_t untilMs) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    settle(untilMs);
-    materialise(untilMs);
-    if (count < 1) return -1;
-    if (static_cast<int>(m_wire.size()) < count) return -1;
-    int64_t us = m_wire[static_cast<size_t>(count - 1)].first;
-    if (us > untilMs * 1000) return -1;
-    return (us + 999) / 1000;
-}
-
-int64_t SimViscaModule::nextOutputTime() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_wire.empty()) return (m_wire.front().first + 999) / 1000;
-    if (!m_pending.empty()) return m_pending.front().at;
-    return -1;
-}
-
-// ---- faults ----
-
-void SimViscaModule::setFaultProbability(Fault kind, double probability) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (kind >= 0 && kind < FaultCount) m_probability[kind] = probability;
-}
-void SimViscaModule::injectOnce(Fault kind) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (kind >= 0 && kind < FaultCount) ++m_oneShot[kind];
-}
-void SimViscaModule::clearFaults() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    for (int i = 0; i < FaultCount; ++i) {
-        m_probability[i] = 0;
-        m_oneShot[i] = 0;
-    }
-}
-void SimViscaModule::setSeed(uint32_t seed) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_rng.seed(seed);
-}
-const char* SimViscaModule::faultName(Fault kind) {
-    static const char* const names[FaultCount] = {"drop", "noise", "split", "late", "corrupt", "silent", "full"};
-    return kind >= 0 && kind < FaultCount ? names[kind] : "?";
-}
-
-bool SimViscaModule::roll(Fault kind) {
-    if (m_oneShot[kind] > 0) {
-        --m_oneShot[kind];
-        return true;
-    }
-    if (m_probability[kind] <= 0) return false;
-    return std::uniform_real_distribution<double>(0.0, 1.0)(m_rng) < m_probability[kind];
-}
-
 // ---- packets ----
-
-void SimViscaModule::reply(int64_t at, std::vector<uint8_t> bytes) {
-    Message m{at, std::move(bytes), 0};
-    auto it = m_pending.begin();
-    while (it != m_pending.end() && it->at <= at) ++it;
-    m_pending.insert(it, std::move(m));
-}
-
-void SimViscaModule::replyFaulted(int64_t& at, std::vector<uint8_t> bytes, bool& dropAll) {
-    dropAll = roll(DropReply);
-    if (dropAll) return;
-    int gap = 0;
-    if (roll(CorruptByte) && !bytes.empty()) {
-        size_t i = std::uniform_int_distribution<size_t>(0, bytes.size() - 1)(m_rng);
-        // Bit 5 flipped: a frame byte stops being one, an acknowledgement turns into
-        // something else; never a valid reply by chance.
-        bytes[i] = static_cast<uint8_t>(bytes[i] ^ 0x20);
-    }
-    if (roll(Noise)) {
-        int n = std::uniform_int_distribution<int>(1, 4)(m_rng);
-        std::vector<uint8_t> noise;
-        for (int i = 0; i < n; ++i) noise.push_back(static_cast<uint8_t>(std::uniform_int_distribution<int>(0, 0x7F)(m_rng)));
-        bytes.insert(bytes.begin(), noise.begin(), noise.end());
-    }
-    if (roll(SplitReply)) gap = SplitGapMs;
-    if (roll(LateReply)) at += LateByMs;
-    Message m{at, std::move(bytes), gap};
-    auto it = m_pending.begin();
-    while (it != m_pending.end() && it->at <= at) ++it;
-    m_pending.insert(it, std::move(m));
-}
 
 int SimViscaModule::freeSocket(int64_t at) {
     for (int s = 1; s <= 2; ++s)
@@ -378,8 +235,7 @@ void SimViscaModule::handlePacket(const std::vector<uint8_t>& p, int64_t at) {
     if (restartPacket) {
         ++m_restarts;
         m_restartUntil = at + RestartMs;
-        m_pending.clear();
-        m_wire.clear();
+        clearOutput();
         return;
     }
     bool dropped = false;
@@ -450,19 +306,14 @@ void SimViscaModule::stopMove(Move& m, int64_t at) {
     if (!m.active) return;
     int pos = positionOf(m, m.to, at);
     const uint8_t done = static_cast<uint8_t>(0x50 | m.socket);
-    for (auto it = m_pending.begin(); it != m_pending.end(); ++it) {
-        if (it->bytes.size() == 3 && it->bytes[1] == done && it->at == m.endMs + m_replyDelayMs) {
-            m_pending.erase(it);
-            break;
-        }
-    }
+    cancelReply({0x90, done, 0xFF}, m.endMs + m_replyDelayMs);
     m_socketBusyUntil[m.socket] = at;
     reply(at + m_replyDelayMs, {0x90, done, 0xFF});
     m.active = false;
     m.to = pos;
 }
 
-void SimViscaModule::settle(int64_t nowMs) {
+void SimViscaModule::settleLocked(int64_t nowMs) {
     if (m_zoomMove.active && nowMs >= m_zoomMove.endMs) {
         m_zoom = m_zoomMove.to;
         m_zoomMove.active = false;
@@ -701,12 +552,12 @@ int SimViscaModule::nibbleValueLocked(uint8_t code) const {
 
 int SimViscaModule::zoomPosition(int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    settle(nowMs);
+    settleLocked(nowMs);
     return positionOf(m_zoomMove, m_zoom, nowMs);
 }
 int SimViscaModule::focusPosition(int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    settle(nowMs);
+    settleLocked(nowMs);
     return positionOf(m_focusMove, m_focus, nowMs);
 }
 bool SimViscaModule::isNight() const {
@@ -721,7 +572,7 @@ int SimViscaModule::registerValue(uint8_t reg) const {
 bool SimViscaModule::isRestartingLocked(int64_t nowMs) const { return m_restartUntil >= 0 && nowMs < m_restartUntil; }
 bool SimViscaModule::isRestarting(int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    settle(nowMs);
+    settleLocked(nowMs);
     return isRestartingLocked(nowMs);
 }
 int SimViscaModule::commandCount() const {

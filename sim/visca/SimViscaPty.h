@@ -1,37 +1,7 @@
 #pragma once
-#include <atomic>
-#include <string>
-#include <thread>
+// The simulated VISCA block behind a pseudo-terminal: the serial-device pty of
+// sim/line, under the name the VISCA tests and tools know it by.
+#include "line/SimSerialPty.h"
+#include "visca/SimViscaModule.h"
 
-class SimViscaModule;
-
-// The simulated VISCA module at the far end of a pseudo-terminal: a thread
-// holds the master side, feeds what arrives to the module and writes the
-// module's bytes when they are due, on the host clock. The serial port under
-// test opens the slave side (slaveName()) like any serial device; the module
-// follows the baud that the slave is set to (a mismatch with its own baud
-// makes the line unintelligible, as on a real wire).
-class SimViscaPty {
-public:
-    explicit SimViscaPty(SimViscaModule& module);
-    ~SimViscaPty();
-    SimViscaPty(const SimViscaPty&) = delete;
-    SimViscaPty& operator=(const SimViscaPty&) = delete;
-
-    // Opens the pseudo-terminal and starts the thread; false when no pty could be had.
-    bool start();
-    void stop();
-    const std::string& slaveName() const { return m_strSlave; }
-    // Milliseconds on the clock the module runs on here (host monotonic).
-    static int64_t nowMs();
-
-private:
-    void run();
-
-    SimViscaModule& m_module;
-    int m_nMaster = -1;
-    int m_nSlaveKeep = -1;  // keeps the slave side open so the master never sees a hang-up
-    std::string m_strSlave;
-    std::atomic<bool> m_bStop{false};
-    std::thread m_thread;
-};
+using SimViscaPty = SimSerialPty;

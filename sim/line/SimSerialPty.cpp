@@ -1,4 +1,4 @@
-#include "visca/SimViscaPty.h"
+#include "line/SimSerialPty.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "visca/SimViscaModule.h"
+#include "line/SimSerialDevice.h"
 
 namespace {
 int baudOf(speed_t s) {
@@ -27,17 +27,17 @@ int baudOf(speed_t s) {
 }
 }  // namespace
 
-SimViscaPty::SimViscaPty(SimViscaModule& module) : m_module(module) {}
+SimSerialPty::SimSerialPty(SimSerialDevice& module) : m_module(module) {}
 
-SimViscaPty::~SimViscaPty() { stop(); }
+SimSerialPty::~SimSerialPty() { stop(); }
 
-int64_t SimViscaPty::nowMs() {
+int64_t SimSerialPty::nowMs() {
     struct timespec ts;
     ::clock_gettime(CLOCK_MONOTONIC, &ts);
     return static_cast<int64_t>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
 }
 
-bool SimViscaPty::start() {
+bool SimSerialPty::start() {
     if (m_nMaster >= 0) return true;
     int fd = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) return false;
@@ -69,7 +69,7 @@ bool SimViscaPty::start() {
     return true;
 }
 
-void SimViscaPty::stop() {
+void SimSerialPty::stop() {
     m_bStop = true;
     if (m_thread.joinable()) m_thread.join();
     if (m_nMaster >= 0) ::close(m_nMaster);
@@ -78,7 +78,7 @@ void SimViscaPty::stop() {
     m_nSlaveKeep = -1;
 }
 
-void SimViscaPty::run() {
+void SimSerialPty::run() {
     unsigned char buf[256];
     while (!m_bStop.load()) {
         // The line runs at the baud the slave side was set to.

@@ -1,18 +1,18 @@
-#include "visca/SimViscaUART.h"
+#include "line/SimSerialUART.h"
 
 #include "platform/PlatformClock.h"
 #include "platform/TermiosUARTController.h"
-#include "visca/SimViscaModule.h"
+#include "line/SimSerialDevice.h"
 
-SimViscaUART::SimViscaUART(SimViscaModule& module, const std::string& device) : m_module(module), m_strDevice(device) {}
+SimSerialUART::SimSerialUART(SimSerialDevice& module, const std::string& device) : m_module(module), m_strDevice(device) {}
 
-int SimViscaUART::open(const char* device) {
+int SimSerialUART::open(const char* device) {
     if (device == nullptr || m_strDevice != device) return -1;
     m_bOpen = true;
     return 0;
 }
 
-int SimViscaUART::setParameter(int port, int baudRate, int dataBits, int stopBits, int parity) {
+int SimSerialUART::setParameter(int port, int baudRate, int dataBits, int stopBits, int parity) {
     ++m_nSetParameters;
     if (port != 0 || !m_bOpen) return -1;
     if (!TermiosUARTController::isValidLine(baudRate, dataBits, stopBits, parity)) return 0;
@@ -28,14 +28,14 @@ int SimViscaUART::setParameter(int port, int baudRate, int dataBits, int stopBit
     return 1;
 }
 
-void SimViscaUART::setTrace(Trace trace) {
+void SimSerialUART::setTrace(Trace trace) {
     std::lock_guard<std::mutex> lock(m_traceMutex);
     m_trace = std::move(trace);
 }
 
-void SimViscaUART::limitNextWrite(int bytes) { m_nWriteLimit = bytes; }
+void SimSerialUART::limitNextWrite(int bytes) { m_nWriteLimit = bytes; }
 
-int SimViscaUART::write(int port, const char* data, int length) {
+int SimSerialUART::write(int port, const char* data, int length) {
     ++m_nWrites;
     if (port != 0 || !m_bOpen || data == nullptr || length < 0) return -1;
     int n = length;
@@ -51,7 +51,7 @@ int SimViscaUART::write(int port, const char* data, int length) {
     return n;
 }
 
-int SimViscaUART::read(int port, char* buffer, int capacity, int timeout) {
+int SimSerialUART::read(int port, char* buffer, int capacity, int timeout) {
     ++m_nReads;
     if (port != 0 || !m_bOpen) return -1;
     if (buffer == nullptr || capacity < 1) return 0;
@@ -70,7 +70,7 @@ int SimViscaUART::read(int port, char* buffer, int capacity, int timeout) {
     return n;
 }
 
-void SimViscaUART::lastLine(int (&line)[4]) const {
+void SimSerialUART::lastLine(int (&line)[4]) const {
     std::lock_guard<std::mutex> lock(m_traceMutex);
     for (int i = 0; i < 4; ++i) line[i] = m_line[i];
 }
