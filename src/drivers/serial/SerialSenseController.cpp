@@ -172,6 +172,30 @@ bool SerialSenseController::isAckByteByByte() const {
     return false;
 }
 
+int SerialSenseController::exchange(const char* operation, const unsigned char* packet, int length, int answerLength,
+                                    int timeout, const ReplyCheck& check) {
+    if (packet == nullptr || length < 1 || answerLength < 1 || answerLength > MaxMessageLength) return 0;
+    KSMutexGuard guard(m_UARTMutex);
+    discardStaleInput();
+    for (int attempt = 1; attempt <= AttemptCount; ++attempt) {
+        int nSent = m_pUART->write(m_nUARTPort, reinterpret_cast<const char*>(packet), length);
+        if (nSent < length) {
+            KSLogger::consolePrintf("===send(%d times) @%s failed,send(%d):\n", attempt, operation, nSent);
+            recodeArray(packet, length);
+        } else {
+            int nRecv = m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(m_szRecvBuf), answerLength, timeout);
+            int verdict = check(m_szRecvBuf, nRecv < 0 ? 0 : nRecv, attempt);
+            if (verdict == ReplyAccepted) return 1;
+            if (verdict == ReplyFinal) {
+                clearUartBuffer();
+                return 0;
+            }
+        }
+        clearUartBuffer();
+    }
+    return 0;
+}
+
 int SerialSenseController::setParameterValue(const char* packet, int length) {
     return transact("setParameterValue", packet, length, nullptr, kAckLength);
 }

@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <string>
 
 #include "core/ISensorController.h"
@@ -61,6 +62,22 @@ protected:
     void setMissingLineText(const char* text) { m_pszMissingLineText = text; }
     // One reply of the message form: message reads, completions skipped.
     int receiveMessage(unsigned char* buffer, int capacity, int timeout);
+
+    // The judgement of one reply of exchange(): ReplyAccepted ends the
+    // transaction with success; ReplyRetry refuses the reply (the check has
+    // printed why, given the attempt number) and lets the next attempt come;
+    // ReplyFinal refuses it with no further attempt (an answer that another
+    // attempt would only repeat).
+    enum ReplyVerdict { ReplyFinal = -1, ReplyRetry = 0, ReplyAccepted = 1 };
+    using ReplyCheck = std::function<int(const unsigned char* reply, int length, int attempt)>;
+    // A transaction of the protocols whose reply has a known length (ASCII
+    // register modules, byte-frame processors), under the transaction mutex:
+    // up to three attempts of writing the packet whole ("===send(%d times)
+    // @<operation> failed,send(%d):" and the packet when short), one read of up
+    // to `answerLength` bytes with `timeout`, and `check`; the port is drained
+    // after each refused reply. 1 when a reply was accepted, else 0.
+    int exchange(const char* operation, const unsigned char* packet, int length, int answerLength, int timeout,
+                 const ReplyCheck& check);
 
     KSMutex m_UARTMutex;  // held for a whole transaction with its retries
     const char* m_pszMissingLineText = "get RS232Parameter from senseParameter failed";
