@@ -13,32 +13,11 @@
 
 #include "../../bench/IdleDevices.h"
 #include "FuzzSupport.h"
+#include "PieceUART.h"
 #include "drivers/serial/SerialSenseController.h"
 #include "drivers/serial/ViscaParameter.h"
 
 namespace {
-
-// A serial port that hands out pieces of bytes; a read takes from the current
-// piece and moves on to the next one when it is used up.
-class PieceUART : public IUARTController {
-public:
-    std::vector<std::string> pieces;
-    size_t piece = 0, offset = 0;
-    int open(const char*) override { return 0; }
-    int setParameter(int, int, int, int, int) override { return 1; }
-    int write(int, const char*, int length) override { return length; }
-    int read(int, char* buffer, int capacity, int) override {
-        while (piece < pieces.size() && offset >= pieces[piece].size()) {
-            ++piece;
-            offset = 0;
-        }
-        if (piece >= pieces.size() || capacity < 1) return 0;
-        int n = std::min<int>(capacity, static_cast<int>(pieces[piece].size() - offset));
-        std::memcpy(buffer, pieces[piece].data() + offset, static_cast<size_t>(n));
-        offset += static_cast<size_t>(n);
-        return n;
-    }
-};
 
 class Reader : public SerialSenseController {
 public:
@@ -47,17 +26,6 @@ public:
     int setSensorVideoSystem(int, const VideoResolution&) override { return 1; }
     int initController(int, const ModuleConfigure&) override { return 1; }
 };
-
-std::vector<std::string> splitAtNul(const std::string& s) {
-    std::vector<std::string> out(1);
-    for (char c : s) {
-        if (c == '\0')
-            out.emplace_back();
-        else
-            out.back() += c;
-    }
-    return out;
-}
 
 // What the reader must return for a byte stream: -1 or the expected message.
 int expected(const std::string& stream, int capacity, std::string& message) {
@@ -80,9 +48,7 @@ int expected(const std::string& stream, int capacity, std::string& message) {
 
 int readWith(Reader& reader, PieceUART* uart, const std::vector<std::string>& pieces, int capacity,
              unsigned char* out) {
-    uart->pieces = pieces;
-    uart->piece = 0;
-    uart->offset = 0;
+    uart->load(pieces);
     return reader.readViscaMessage(out, capacity, 3);
 }
 
@@ -97,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return r;
     }();
     const std::string input(reinterpret_cast<const char*>(data), size);
-    const std::vector<std::string> pieces = splitAtNul(input);
+    const std::vector<std::string> pieces = PieceUART::splitAtNul(input);
     std::string stream;
     for (const std::string& p : pieces) stream += p;
 
@@ -123,7 +89,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (size_t i = 0; i < 2 && i < stream.size(); ++i) value = (value << 8) | static_cast<unsigned char>(stream[i]);
     unsigned char answer[7] = {0x90, 0x50, 0, 0, 0, 0, 0xFF};
     ViscaParameter::nibbles(value, 4, answer + 2);
-    std::vector<std::string> framed = splitAtNul(noise);
+    std::vector<std::string> framed = PieceUART::splitAtNul(noise);
     framed.back() += std::string(reinterpret_cast<char*>(answer), 7);
     unsigned char out[SerialSenseController::MaxMessageLength];
     int n = readWith(*reader, uart, framed, 7, out);
