@@ -1,10 +1,13 @@
 #pragma once
+#include <atomic>
 #include <mutex>
 
 // The platform mutex (not recursive). Lock and Unlock take the caller's source
 // position for lock diagnostics. On the thread that drives a virtual platform
 // clock, a Lock that has to wait moves that clock on (PlatformClock::
-// advanceToNextWait) so that a holder pausing on the clock gets to let go.
+// advanceToNextWait) so that a holder pausing on the clock gets to let go; any
+// other thread that has to wait does not hold the virtual clock up meanwhile
+// (PlatformClock::beginLockWait).
 class KSMutex {
 public:
     // The uncontended lock and the unlock are inline: the parameter path takes a
@@ -12,13 +15,20 @@ public:
     void Lock(const char* /*file*/ = __builtin_FILE(), int /*line*/ = __builtin_LINE()) {
         if (!m_mutex.try_lock()) lockContended();
     }
-    void Unlock(const char* /*file*/ = __builtin_FILE(), int /*line*/ = __builtin_LINE()) { m_mutex.unlock(); }
+    void Unlock(const char* /*file*/ = __builtin_FILE(), int /*line*/ = __builtin_LINE()) {
+        const int waiters = m_nClockWaiters.load(std::memory_order_relaxed);
+        m_mutex.unlock();
+        if (waiters != 0) handOver(waiters);
+    }
     bool TryLock();
 
 private:
     void lockContended();
+    // After an unlock with threads of the virtual clock waiting for the lock.
+    void handOver(int waiters);
 
     std::mutex m_mutex;
+    std::atomic<int> m_nClockWaiters{0};  // threads released by the virtual clock waiting for the lock
 };
 
 // Scope guard over a KSMutex.

@@ -256,6 +256,23 @@ void PlatformClock::wakeAll() {
     wakeEveryoneLocked(s);
 }
 
+bool PlatformClock::beginLockWait() {
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (!s.isVirtual || !t_released) return false;
+    settleLocked(s);
+    return true;
+}
+
+void PlatformClock::endLockWait(bool wasRunning) {
+    if (!wasRunning) return;
+    ClockState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (!s.isVirtual) return;
+    ++s.running;
+    t_released = true;
+}
+
 void PlatformClock::threadLeaving() {
     ClockState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);

@@ -49,6 +49,15 @@ public:
     static void setTimeOfDay(int hour, int minute, int second = 0);
     static void setWallSeconds(int64_t seconds);
 
+    // For a thread other than the driver that has to wait for a lock which
+    // another thread holds, possibly while pausing on the virtual clock: while
+    // it waits, advanceMs does not wait for it to come back to a wait (it
+    // cannot until the holder goes on), and once it has the lock it counts as
+    // running again until its next wait. beginLockWait tells whether the thread
+    // was counted as running; endLockWait takes that answer.
+    static bool beginLockWait();
+    static void endLockWait(bool wasRunning);
+
     // Wakes every waiting thread so that it can check whether it is being stopped.
     static void wakeAll();
     // Called by a GThread whose loop ends, so advance() stops waiting for it.

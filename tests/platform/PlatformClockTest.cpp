@@ -185,6 +185,38 @@ TEST(PlatformClockTest, TheDrivingThreadWaitingForALockLetsTheHoldersPauseEnd) {
     t.stop();
 }
 
+// The driving thread pauses on the clock while it holds a lock (a serial
+// transaction waiting for its reply); a worker whose wait ends during that
+// pause and that then wants the lock does not hold the clock up: the pause
+// takes no real time to speak of, and the worker gets the lock afterwards.
+TEST(PlatformClockTest, AWorkerWaitingForTheLockOfThePausingDriverDoesNotHoldTheClockUp) {
+    VirtualClock clock;
+    KSMutex mutex;
+    std::atomic<int> passes{0};
+    GThread t(
+        [&] {
+            KestraTime(0, 10000).wait();
+            KSMutexGuard hold(mutex);
+            ++passes;
+        },
+        "worker");
+    ASSERT_TRUE(t.start());
+    ASSERT_TRUE(PlatformClock::waitForSleepers(1));
+    const auto began = std::chrono::steady_clock::now();
+    const int64_t t0 = PlatformClock::nowMs();
+    {
+        KSMutexGuard hold(mutex);
+        PlatformClock::sleepMs(50);
+        EXPECT_EQ(0, passes.load());
+    }
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+    EXPECT_LT(seconds, 2.0);  // the clock gives up on a thread that never waits again after 5 s
+    EXPECT_EQ(t0 + 50, PlatformClock::nowMs());
+    clock.advance(20);
+    EXPECT_GE(passes.load(), 1);
+    t.stop();
+}
+
 TEST(PlatformClockTest, NoWaitToAdvanceToOffTheDrivingThreadOrWithoutSleepers) {
     VirtualClock clock;
     EXPECT_FALSE(PlatformClock::advanceToNextWait());  // nobody waits
