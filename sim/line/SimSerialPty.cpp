@@ -27,7 +27,7 @@ int baudOf(speed_t s) {
 }
 }  // namespace
 
-SimSerialPty::SimSerialPty(SimSerialDevice& module) : m_module(module) {}
+SimSerialPty::SimSerialPty(SimSerialDevice& module, Clock clock) : m_module(module), m_clock(clock) {}
 
 SimSerialPty::~SimSerialPty() { stop(); }
 
@@ -88,14 +88,14 @@ void SimSerialPty::run() {
             if (baud != 0 && baud != m_module.getLineBaud()) m_module.setLineBaud(baud);
         }
         // Sleep until input comes or the next byte is due (at most 5 ms, to see a stop).
-        int64_t now = nowMs();
+        int64_t now = m_clock();
         int64_t next = m_module.nextOutputTime();
         int64_t waitMs = 5;
         if (next >= 0) waitMs = next <= now ? 0 : (next - now < 5 ? next - now : 5);
         struct pollfd p = {m_nMaster, POLLIN, 0};
         struct timespec ts = {0, static_cast<long>(waitMs) * 1000000L};
         int r = ::ppoll(&p, 1, &ts, nullptr);
-        now = nowMs();
+        now = m_clock();
         if (r > 0 && (p.revents & POLLIN)) {
             ssize_t n = ::read(m_nMaster, buf, sizeof(buf));
             if (n > 0) m_module.receive(buf, static_cast<int>(n), now);

@@ -1,5 +1,6 @@
 #pragma once
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <thread>
 
@@ -11,9 +12,17 @@ class SimSerialDevice;
 // test opens the slave side (slaveName()) like any serial device; the module
 // follows the baud that the slave is set to (a mismatch with its own baud
 // makes the line unintelligible, as on a real wire).
+//
+// The module's time comes from `clock`: the host clock by default; the
+// platform clock for a simulator whose device time is virtual (the module's
+// moves and restarts then take device time; its replies had better come at
+// once, since the reads of a real port wait in host time while the virtual
+// clock stands).
 class SimSerialPty {
 public:
-    explicit SimSerialPty(SimSerialDevice& module);
+    using Clock = int64_t (*)();
+
+    explicit SimSerialPty(SimSerialDevice& module, Clock clock = &SimSerialPty::nowMs);
     ~SimSerialPty();
     SimSerialPty(const SimSerialPty&) = delete;
     SimSerialPty& operator=(const SimSerialPty&) = delete;
@@ -29,6 +38,7 @@ private:
     void run();
 
     SimSerialDevice& m_module;
+    Clock m_clock;
     int m_nMaster = -1;
     int m_nSlaveKeep = -1;  // keeps the slave side open so the master never sees a hang-up
     std::string m_strSlave;

@@ -44,10 +44,6 @@ std::string join(const std::vector<std::string>& words, size_t from, const char*
     return out;
 }
 
-std::string idLabel(int id) {
-    const char* name = parameterName(id);
-    return std::to_string(id) + (name != nullptr ? std::string(" (") + name + ")" : std::string());
-}
 
 std::string hhmm(int t) {
     char buf[16];
@@ -55,21 +51,6 @@ std::string hhmm(int t) {
     return buf;
 }
 
-std::string describeList(const std::map<int, int>& values) {
-    std::string out;
-    for (const auto& kv : values) {
-        if (!out.empty()) out += ", ";
-        const char* name = parameterName(kv.first);
-        out += (name != nullptr ? std::string(name) : std::to_string(kv.first)) + "=" + std::to_string(kv.second);
-    }
-    return out;
-}
-
-// A parameter named by number or by name.
-bool resolveId(const std::string& word, int& id) {
-    if (parseInt(word, id)) return true;
-    return parameterIdByName(word, id);
-}
 
 // Set by Ctrl-C (SIGINT); a run stops at its next step, input reading returns.
 volatile std::sig_atomic_t g_interrupted = 0;
@@ -86,6 +67,28 @@ std::string windowText(int hours, int tens) {
 }  // namespace
 
 void CamSim::interrupt() { g_interrupted = 1; }
+
+const char* CamSim::parameterName(int id) const { return m_pFrontEnd ? m_pFrontEnd->parameterName(id) : nullptr; }
+
+std::string CamSim::idLabel(int id) const {
+    const char* name = parameterName(id);
+    return std::to_string(id) + (name != nullptr ? std::string(" (") + name + ")" : std::string());
+}
+
+std::string CamSim::describeList(const std::map<int, int>& values) const {
+    std::string out;
+    for (const auto& kv : values) {
+        if (!out.empty()) out += ", ";
+        const char* name = parameterName(kv.first);
+        out += (name != nullptr ? std::string(name) : std::to_string(kv.first)) + "=" + std::to_string(kv.second);
+    }
+    return out;
+}
+
+bool CamSim::resolveId(const std::string& word, int& id) const {
+    if (parseInt(word, id)) return true;
+    return m_pFrontEnd && m_pFrontEnd->parameterId(word, id);
+}
 
 CamSim::CamSim() = default;
 
@@ -173,6 +176,17 @@ std::string CamSim::deviceTimeText() const {
 
 bool CamSim::start(const Options& options) {
     m_options = options;
+    m_pModule = SimModule::find(options.module);
+    if (m_pModule == nullptr) {
+        std::fprintf(stderr, "camsim: unknown module '%s'; the modules are %s\n", options.module.c_str(),
+                     SimModule::names().c_str());
+        return false;
+    }
+    if (options.link == SimModule::Pty && !m_pModule->serial) {
+        std::fprintf(stderr, "camsim: --serial pty is for the modules on a serial line; %s is not one\n",
+                     m_pModule->name);
+        return false;
+    }
     std::string problem;
     if (!prepareRootDirectory(options.root, m_strRoot, problem)) {
         std::fprintf(stderr, "camsim: %s\n", problem.c_str());
@@ -216,13 +230,24 @@ bool CamSim::start(const Options& options) {
         error("no module in " + ConfigFileNameConst::getModuleConfigFileName() + " of the root");
         return false;
     }
-    ModuleConfigure module = modules.front();
+    // The root's record of the module; the default module takes the root's
+    // first record when there is none of its id (a root set up for another
+    // board), any other module camsim's own record.
+    const bool isDefault = m_pModule == &SimModule::table().front();
+    ModuleConfigure module(m_pModule->moduleId, m_pModule->detail, m_pModule->parameters);
+    bool ownRecord = !isDefault;
+    if (isDefault) module = modules.front();
     for (const ModuleConfigure& m : modules)
-        if (m.getModuleId() == 88) {
+        if (m.getModuleId() == m_pModule->moduleId) {
             module = m;
+            ownRecord = false;
             break;
         }
-    m_pFrontEnd = SimFrontEnd::forModule(module);
+    m_pFrontEnd = m_pModule->makeFrontEnd(*m_pModule, module, options.link, problem);
+    if (!m_pFrontEnd) {
+        error(problem);
+        return false;
+    }
     m_pFrontEnd->setLight(options.light);
     m_pManager.reset(new SensorControllerManager());
     m_pFrontEnd->attach(*m_pManager);
@@ -232,6 +257,11 @@ bool CamSim::start(const Options& options) {
 
     say("camsim: " + deviceTimeText() + "  starting module " + std::to_string(module.getModuleId()) + " (detail \"" +
         module.getDetail() + "\")");
+    if (!isDefault)
+        say("camsim: front end: " + m_pFrontEnd->name() +
+            (ownRecord ? "; the root's moduleConfig.xml has no module " + std::to_string(m_pModule->moduleId) +
+                             ", camsim's record is used (parameters \"" + module.getParameters() + "\")"
+                       : std::string()));
     // init waits on the platform clock (the ISP settles 3 s after the video
     // system is set). It runs on this thread, which drives the virtual clock:
     // its waits are the passing of that time, released in order, so the
@@ -244,16 +274,20 @@ bool CamSim::start(const Options& options) {
     // then: the saved choice is read before.
     int savedMode = 1, savedIndex = 0;
     const bool haveChoice = !fresh && readSchemeChoice(savedMode, savedIndex);
-    m_pManager->init(0, VideoResolution(1920, 1080), module);
+    m_pManager->init(m_pModule->sensorType, VideoResolution(1920, 1080), module);
     m_controller = m_pManager->getSensorController();
     std::vector<std::string> initLines = m_capture.take();
     if (m_controller.isNull() || m_controller->getSensorStatus() != ISensorController::InitSuccess) {
+        const std::string reason = refusalReason(initLines);
         error("the camera did not come up with module " + std::to_string(module.getModuleId()) +
-              " (only module 88, the fisheye board, is simulated); see " + SensorPaths::kErrorLog);
+              (isDefault ? " (the fisheye board is module 88; --module names the others)"
+                         : " (" + m_pFrontEnd->name() + ")") +
+              (reason.empty() ? std::string() : ": " + reason) + "; see " + SensorPaths::kErrorLog);
         return false;
     }
     m_bStarted = true;
-    PlatformClock::waitForSleepers(1, kSettleMs);  // the day/night worker has run its first cycle
+    // The day/night worker (and the front end's own threads) have run their first cycle.
+    PlatformClock::waitForSleepers(1 + m_pFrontEnd->clockThreads(), kSettleMs);
     // A fresh root's schemes are set up below: the factory window in force now
     // is no news.
     m_pMonitor->setController(m_controller, !fresh);
@@ -282,7 +316,8 @@ bool CamSim::start(const Options& options) {
             if (PlatformClock::nowMs() == before) KestraTime(1, 0).wait();
         },
         "ISPParamThread"));
-    if (m_pIspThread->start()) m_nSleepers = 2;
+    m_nSleepers = 1 + m_pFrontEnd->clockThreads();
+    if (m_pIspThread->start()) ++m_nSleepers;
     PlatformClock::waitForSleepers(m_nSleepers, kSettleMs);
     m_capture.take();
     say("camsim: camera up; type 'help' for the commands");
@@ -319,21 +354,20 @@ void CamSim::configureSchemes() {
     struct Scheme {
         int index;
         const char* window;  // parameter list of ids 500-504
-        const char* params;
         const char* label;
     };
     const Scheme schemes[] = {
-        {0, "(500,1)(501,6)(502,0)(503,18)(504,0)", "(1,50)(2,55)(26,40)", "day 06:00-18:00"},
-        {1, "(500,1)(501,18)(502,0)(503,24)(504,0)", "(1,55)(2,50)(26,60)", "evening 18:00-24:00"},
-        {2, "(500,1)(501,0)(502,0)(503,6)(504,0)", "(1,60)(2,45)(26,80)(27,70)", "night 00:00-06:00"},
-        {3, "(500,0)(501,0)(502,0)(503,24)(504,0)", "(1,50)", "spare, off"},
+        {0, "(500,1)(501,6)(502,0)(503,18)(504,0)", "day 06:00-18:00"},
+        {1, "(500,1)(501,18)(502,0)(503,24)(504,0)", "evening 18:00-24:00"},
+        {2, "(500,1)(501,0)(502,0)(503,6)(504,0)", "night 00:00-06:00"},
+        {3, "(500,0)(501,0)(502,0)(503,24)(504,0)", "spare, off"},
     };
     say("camsim: first start: setting up " + std::to_string(kSchemeCount) + " parameter schemes");
     m_pMonitor->setQuiet(true);
     for (const Scheme& s : schemes) {
         if (static_cast<size_t>(s.index) >= m_controller->getSchemeFiles().size()) break;
         m_controller->setParamScheme(s.index);
-        m_controller->setParameters(std::string(s.window) + s.params);
+        m_controller->setParameters(std::string(s.window) + m_pFrontEnd->schemeValues(s.index));
         int r = m_controller->flush();
         say(std::string("  scheme ") + std::to_string(s.index) + ": " + s.label +
             (r == 0 ? "" : " (flush failed: " + std::to_string(r) + ")"));
@@ -418,6 +452,19 @@ std::string CamSim::refusalReason(const std::vector<std::string>& lines) const {
         if (l.find("out of range") != std::string::npos || l.find("Error:") != std::string::npos ||
             l.find("CheckKSEWFIResult") != std::string::npos || l.find("DTNTIME == NTDTIME") != std::string::npos)
             return trim(l);
+    // A serial transaction that failed: the operation's line and the last attempt's.
+    std::string operation, attempt;
+    for (const std::string& l : lines) {
+        if (l.find(" error,value is ") != std::string::npos || l.find("szRecvBuf error") != std::string::npos)
+            operation = trim(l);
+        if (l.find(" times) @") != std::string::npos) {
+            attempt = trim(l);
+            const size_t send = attempt.rfind(",send:");
+            if (send != std::string::npos) attempt.erase(send);
+        }
+    }
+    if (!operation.empty() || !attempt.empty())
+        return operation + (operation.empty() || attempt.empty() ? "" : " after ") + attempt;
     for (const std::string& l : lines)
         if (l.find("id type is unknow") != std::string::npos) return "not a parameter of this camera";
     for (const std::string& l : lines)
@@ -521,27 +568,45 @@ bool CamSim::execute(const std::string& rawLine) {
             cmdCat(args);
         else if (cmd == "logs" || cmd == "log")
             cmdLogs(args);
-        else if (cmd == "zoom" || cmd == "focus" || cmd == "lens")
-            cmdLens(cmd, args);
         else if (cmd == "verbose")
             cmdVerbose(args);
         else if (cmd == "ui")
             cmdUi(args);
         else if (cmd == "repair")
             cmdRepair();
-        else {
-            m_pMonitor->poll();
-            std::string problem;
-            if (!m_pFrontEnd->command(cmd, args, out(), problem))
-                error("unknown command '" + words[0] + "' (type 'help')");
-            else if (!problem.empty())
-                error(problem);
-        }
+        else
+            cmdFrontEnd(cmd, args, words[0]);
     } catch (const std::exception& e) {
         error(std::string("command failed inside the library: ") + e.what());
     }
     std::fflush(out());
     return true;
+}
+
+void CamSim::cmdFrontEnd(const std::string& cmd, const std::vector<std::string>& args, const std::string& word) {
+    m_pMonitor->poll();
+    m_capture.take();
+    std::string problem;
+    if (m_pFrontEnd->command(cmd, args, out(), problem)) {
+        if (!problem.empty()) {
+            // The library's reason, from its console lines of this command.
+            const std::string reason = refusalReason(m_capture.take());
+            error(problem + (reason.empty() ? std::string() : ": " + reason));
+        }
+        m_pMonitor->poll();
+        return;
+    }
+    if (m_pFrontEnd->lensByParameters() && (cmd == "zoom" || cmd == "focus" || cmd == "lens")) {
+        cmdLens(cmd, args);
+        return;
+    }
+    for (const SimModule& row : SimModule::table()) {
+        if (&row == m_pModule || !row.offers(cmd)) continue;
+        error("the " + m_pFrontEnd->name() + " has no '" + cmd + "' command (it is one of the " + row.name +
+              " module's); its own commands: " + m_pModule->commandList() + " (type 'help')");
+        return;
+    }
+    error("unknown command '" + word + "' (type 'help')");
 }
 
 bool CamSim::echoAndExecute(const std::string& command) {
@@ -632,7 +697,7 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         for (int id = 1; id <= 504; ++id) {
             const char* name = parameterName(id);
             if (name != nullptr) std::fprintf(out(), "  %3d  %s\n", id, name);
-            if (id == 56) id = 499;
+            if (id == 99) id = 499;  // the module ids end below 100; the scheme window is 500-504
         }
         return;
     }
@@ -652,7 +717,6 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         "  time HH:MM[:SS]             set the device time of day (virtual clock)\n"
         "  run N[ms|s|m|h|d]           let the camera run for that long on the virtual clock (1.5s, 1 s, 1d)\n"
         "  status                      day/night state, IR-cut and LED levels, scheme, last ISP commands\n"
-        "  zoom wide|tele [fast]  focus near|far [fast]  focus auto  lens reset\n"
         "  files | cat PATH            the files under the root | one of them (camera path)\n"
         "  logs [error|init|console] [N]   the library's logs or console lines\n"
         "  verbose on|off              show the library's console lines\n"
@@ -660,7 +724,8 @@ void CamSim::cmdHelp(const std::vector<std::string>& args) {
         "                              language texts of language N (language 1 when N has none)\n"
         "  repair                      recreate sensor.xml (scheme mode and scheme) through the library\n"
         "  echo TEXT | help [params] | quit (warns of values not saved) | quit! (leaves without asking)\n" +
-        m_pFrontEnd->help());
+        (m_pFrontEnd ? "commands of the " + m_pFrontEnd->name() + ":\n" + m_pFrontEnd->help() : std::string()) +
+        "modules (camsim --module NAME): " + SimModule::names());
 }
 
 void CamSim::cmdSet(const std::vector<std::string>& args) {
@@ -1109,7 +1174,7 @@ void CamSim::cmdLens(const std::string& what, const std::vector<std::string>& ar
         error("usage: zoom wide|tele [fast], focus near|far [fast], focus auto, lens reset");
         return;
     }
-    applyList("(" + std::to_string(id) + ",1)", std::string(parameterName(id)));
+    applyList("(" + std::to_string(id) + ",1)", std::string(camsim::parameterName(id)));
 }
 
 void CamSim::cmdVerbose(const std::vector<std::string>& args) {

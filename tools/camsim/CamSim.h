@@ -15,6 +15,7 @@
 #include "camsim/EventMonitor.h"
 #include "camsim/SimScheduling.h"
 #include "camsim/SimFrontEnd.h"
+#include "camsim/SimModule.h"
 #include "core/SensorControllerManager.h"
 #include "platform/GThread.h"
 
@@ -36,6 +37,8 @@ public:
         bool ticker = false; // let the virtual clock follow real time (interactive use)
         FILE* output = nullptr;  // where camsim's own lines go; nullptr: standard output
         bool resetRoot = false;  // rewrite camsim's own sample files of the root
+        std::string module = "fisheye";  // the front end fitted (a name of SimModule::table())
+        SimModule::Link link = SimModule::InProcess;  // where a serial module's line runs
     };
 
     CamSim();
@@ -91,7 +94,16 @@ private:
     void cmdLens(const std::string& what, const std::vector<std::string>& args);
     void cmdVerbose(const std::vector<std::string>& args);
     void cmdUi(const std::vector<std::string>& args);
+    // A command of the front end; lens commands of the fisheye board; a
+    // refusal naming the module for another module's command.
+    void cmdFrontEnd(const std::string& cmd, const std::vector<std::string>& args, const std::string& word);
 
+    // The module's name of a parameter id (nullptr: none); "6 (max-shutter)";
+    // "brightness=50, 6=3"; an id given by number or by name.
+    const char* parameterName(int id) const;
+    std::string idLabel(int id) const;
+    std::string describeList(const std::map<int, int>& values) const;
+    bool resolveId(const std::string& word, int& id) const;
     void error(const std::string& text);
     void say(const std::string& text);
     void warnUnsaved(const char* how);
@@ -121,6 +133,7 @@ private:
     Options m_options;
     ConsoleCapture m_capture;
     std::unique_ptr<SimScheduling> m_pScheduling;  // how the simulated camera's threads are run
+    const SimModule* m_pModule = nullptr;  // the row of the module fitted
     std::unique_ptr<SimFrontEnd> m_pFrontEnd;
     std::unique_ptr<EventMonitor> m_pMonitor;
     std::unique_ptr<SensorControllerManager> m_pManager;

@@ -39,6 +39,22 @@ FisheyeFrontEnd::FisheyeFrontEnd(const ModuleConfigure& module) {
         m_pins.hasLeds = true;
 }
 
+std::unique_ptr<SimFrontEnd> FisheyeFrontEnd::create(const SimModule&, const ModuleConfigure& record, SimModule::Link,
+                                                     std::string&) {
+    return std::unique_ptr<SimFrontEnd>(new FisheyeFrontEnd(record));
+}
+
+std::string FisheyeFrontEnd::schemeValues(int index) const {
+    // brightness, contrast, 3D noise reduction (maximum, fixed)
+    static const char* const kValues[] = {"(1,50)(2,55)(26,40)", "(1,55)(2,50)(26,60)", "(1,60)(2,45)(26,80)(27,70)",
+                                          "(1,50)"};
+    return index >= 0 && index < 4 ? kValues[index] : "";
+}
+
+const char* FisheyeFrontEnd::parameterName(int id) const { return camsim::parameterName(id); }
+
+bool FisheyeFrontEnd::parameterId(const std::string& name, int& id) const { return parameterIdByName(name, id); }
+
 void FisheyeFrontEnd::attach(SensorControllerManager& manager) {
     SimIsp::instance().reset();
     SimAdc::install();
@@ -207,7 +223,10 @@ void FisheyeFrontEnd::printSummary(FILE* o) const {
                  m_nIspSets, m_nIspGets, m_nIspFailures, m_nGpioWrites);
 }
 
-std::string FisheyeFrontEnd::help() const { return "  isp [N]                     the last N ISP driver commands\n"; }
+std::string FisheyeFrontEnd::help() const {
+    return "  isp [N]                     the last N ISP driver commands\n"
+           "  zoom wide|tele [fast]  focus near|far [fast]  focus auto  lens reset\n";
+}
 
 bool FisheyeFrontEnd::command(const std::string& cmd, const std::vector<std::string>& args, FILE* o,
                               std::string& error) {

@@ -5,6 +5,7 @@
 
 #include "camsim/SimBoardIO.h"
 #include "camsim/SimFrontEnd.h"
+#include "camsim/SimModule.h"
 #include "ksia/SimIsp.h"
 
 namespace camsim {
@@ -15,10 +16,17 @@ namespace camsim {
 class FisheyeFrontEnd : public SimFrontEnd {
 public:
     explicit FisheyeFrontEnd(const ModuleConfigure& module);
+    // The factory of its row in the module table.
+    static std::unique_ptr<SimFrontEnd> create(const SimModule& row, const ModuleConfigure& record,
+                                               SimModule::Link link, std::string& problem);
 
     std::string name() const override { return "fisheye board"; }
     void attach(SensorControllerManager& manager) override;
     void detach() override;
+    std::string schemeValues(int index) const override;
+    bool lensByParameters() const override { return true; }
+    const char* parameterName(int id) const override;
+    bool parameterId(const std::string& name, int& id) const override;
     void setLight(int percent) override;
     int light() const override { return m_nLight; }
     std::string lightText() const override;

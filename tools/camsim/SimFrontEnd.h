@@ -22,14 +22,26 @@ public:
 
     virtual ~SimFrontEnd() = default;
 
-    // The front end that simulates the hardware of a module record.
-    static std::unique_ptr<SimFrontEnd> forModule(const ModuleConfigure& module);
-
     // Names the board in messages ("fisheye board").
     virtual std::string name() const = 0;
     // Puts the simulated hardware in its power-on state and hands the manager
-    // the serial port and GPIO controller, before the manager's init.
+    // the serial port and GPIO controller, before the manager's init. A front
+    // end whose controller the factory does not build hands the manager the
+    // controller it constructed as well (setSensorController).
     virtual void attach(SensorControllerManager& manager) = 0;
+    // Threads of the front end's controller that wait on the platform clock
+    // besides the day/night worker (the simulator lets them settle too).
+    virtual int clockThreads() const { return 0; }
+    // The parameter list that camsim saves to scheme `index` of a fresh root
+    // (the windows aside): values that this module accepts.
+    virtual std::string schemeValues(int index) const = 0;
+    // The name of a parameter id on this module (nullptr when it has none),
+    // and the id of a name (any case).
+    virtual const char* parameterName(int id) const = 0;
+    virtual bool parameterId(const std::string& name, int& id) const = 0;
+    // The lens commands of the fisheye board (zoom wide|tele, focus near|far,
+    // focus auto, lens reset) are parameter ids 43-53 of this module.
+    virtual bool lensByParameters() const { return false; }
     // Takes the simulated hardware back after the manager is gone.
     virtual void detach() = 0;
 

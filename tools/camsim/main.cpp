@@ -16,6 +16,7 @@
 
 #include "camsim/CamSim.h"
 #include "camsim/CommandLine.h"
+#include "camsim/SimModule.h"
 #include "platform/PlatformClock.h"
 
 namespace {
@@ -34,8 +35,12 @@ void usage(FILE* o) {
                  "  --no-capture   leave the library's console lines on standard output as they come\n"
                  "  --reset-root   rewrite camsim's own sample files of the root (module, schemes, machine,\n"
                  "                 web texts); the library's files are kept\n"
+                 "  --module NAME  the front end fitted: %s (default fisheye)\n"
+                 "  --serial inprocess|pty   a serial module's line: the simulated device inside camsim (default)\n"
+                 "                 or at the far end of a pseudo-terminal, through the real serial port\n"
                  "  --keep         (demo) keep the demo's own root and print where it is\n"
-                 "Type 'help' at the prompt for the commands.\n");
+                 "Type 'help' at the prompt for the commands.\n",
+                 camsim::SimModule::names().c_str());
 }
 
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
@@ -155,6 +160,24 @@ int main(int argc, char** argv) {
             options.verbose = true;
         } else if (a == "--no-capture") {
             options.capture = false;
+        } else if (a == "--module") {
+            next(options.module);
+            if (camsim::SimModule::find(options.module) == nullptr) {
+                std::fprintf(stderr, "camsim: unknown module '%s'; the modules are %s\n", options.module.c_str(),
+                             camsim::SimModule::names().c_str());
+                return 2;
+            }
+        } else if (a == "--serial") {
+            std::string v;
+            next(v);
+            if (v == "pty")
+                options.link = camsim::SimModule::Pty;
+            else if (v == "inprocess" || v == "in-process")
+                options.link = camsim::SimModule::InProcess;
+            else {
+                std::fprintf(stderr, "camsim: --serial wants inprocess or pty, not '%s'\n", v.c_str());
+                return 2;
+            }
         } else if (a == "--reset-root") {
             options.resetRoot = true;
         } else if (a == "--keep") {

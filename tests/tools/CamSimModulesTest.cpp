@@ -1,0 +1,289 @@
+// The simulator camera with the front ends of its module table (--module):
+// the FCB-EV7310 and the other VISCA block cameras on the simulated block,
+// in-process and over a pseudo-terminal, the module without image settings,
+// the line's fault injection and trace, and the refusals. Each run is its own
+// camsim process on a root of the test; the device time is camsim's virtual
+// clock, so the library's waits (serial time-outs, the 20 s restart) take no
+// real time in-process.
+#include <ftw.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iostream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/CamsimChild.h"
+
+namespace {
+
+int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
+
+bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+int count(const std::string& text, const std::string& part) {
+    int n = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+    return n;
+}
+
+// The text of the output from the echo of `command` on (to the next echoed command).
+std::string after(const std::string& output, const std::string& command) {
+    const size_t at = output.find("> " + command + "\n");
+    if (at == std::string::npos) return std::string();
+    const size_t next = output.find("] > ", at + command.size() + 3);
+    return output.substr(at, next == std::string::npos ? std::string::npos : next - at);
+}
+
+class CamSimModulesTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        struct stat st {};
+        if (::stat(CamsimChild::path().c_str(), &st) != 0) GTEST_FAIL() << "camsim not built at " << CamsimChild::path();
+        char tmpl[] = "/tmp/camsim-modules-XXXXXX";
+        ASSERT_NE(nullptr, ::mkdtemp(tmpl));
+        dir = tmpl;
+        root = dir + "/camroot";
+    }
+    void TearDown() override { ::nftw(dir.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS); }
+
+    CamsimChild::Result run(const std::string& module, const std::string& commands,
+                            const std::vector<std::string>& more = {}) {
+        std::vector<std::string> args = {"--root", root, "--time", "12:00", "--module", module};
+        args.insert(args.end(), more.begin(), more.end());
+        args.push_back("-c");
+        args.push_back(commands);
+        return CamsimChild::run(args, 120);
+    }
+
+    std::string dir;
+    std::string root;
+};
+
+#define SKIP_UNLESS_STARTED(r)                                                                      \
+    if (!(r).started) GTEST_SKIP() << "camsim could not be started from this test program (cross build)"
+
+TEST_F(CamSimModulesTest, ScriptDrivesTheEV7310OverThePseudoTerminal) {
+    const std::string script = dir + "/zoom.cam";
+    std::ofstream(script) << "# the block over the real serial port\n"
+                             "trace serial on\n"
+                             "zoom to 0x6000\n"
+                             "run 2s\n"
+                             "zoom\n"
+                             "trace serial off\n"
+                             "status\n";
+    CamsimChild::Result r =
+        CamsimChild::run({"--root", root, "--time", "12:00", "--module", "fcbev7310", "--serial", "pty", script}, 120);
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
+    EXPECT_EQ(0, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+    // The packet on the line and the module's acknowledgement, traced.
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d\\d\\d -> 81 01 04 47 06 00 00 00 FF\n"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d\\d\\d <- 90 41 FF"))) << o;
+    EXPECT_TRUE(contains(o, "zoom position 0x6000 (24576), ratio 2000 (x2.00)")) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1, "
+                                                "real serial port; port 9600 baud, module 9600 baud")))
+        << o;
+    EXPECT_TRUE(contains(o, "lens           zoom 0x6000 (24576) ratio 2000")) << o;
+    // The link to the pseudo-terminal is gone with camsim.
+    struct stat st {};
+    EXPECT_NE(0, ::lstat((root + "/dev/ttyS1").c_str(), &st));
+}
+
+TEST_F(CamSimModulesTest, InProcessZoomFocusIrisAndOnePush) {
+    CamsimChild::Result r = run("fcbev7310",
+                                "zoom in 7; run 1s; zoom stop; zoom; zoom to 0x4000 focus 0x2000; run 2s; zoom; focus; "
+                                "focus to 0x3000; run 1s; focus; focus near 2; run 200ms; focus stop; focus; "
+                                "focus onepush; iris up; set exposal-mode 1; iris up; iris down; zoom wide fast; run 3s; "
+                                "zoom; zoom to 0x10000; zoom sideways");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;  // the refusals at the end
+    EXPECT_TRUE(contains(o, "ok: zooming in at speed 7")) << o;
+    // One second at the top speed (16 units a millisecond), then stopped.
+    const std::string moved = after(o, "zoom");
+    std::smatch m;
+    ASSERT_TRUE(std::regex_search(moved, m, std::regex("zoom position 0x([0-9A-F]{4}) \\((\\d+)\\), ratio (\\d+)")))
+        << o;
+    EXPECT_GT(std::stoi(m[2].str()), 10000) << o;
+    EXPECT_LT(std::stoi(m[2].str()), 20000) << o;
+    EXPECT_TRUE(contains(o, "ok: zoom to 0x4000 (16384) and focus to 0x2000 (8192)")) << o;
+    EXPECT_TRUE(contains(o, "zoom position 0x4000 (16384), ratio 1000 (x1.00)")) << o;
+    EXPECT_TRUE(contains(o, "focus position 0x2000 (8192)")) << o;
+    EXPECT_TRUE(contains(o, "focus position 0x3000 (12288)")) << o;
+    EXPECT_TRUE(contains(o, "ok: focusing near at speed 2")) << o;
+    EXPECT_TRUE(contains(o, "ok: focus onepush")) << o;
+    // Iris steps only in manual (or iris-priority) exposure: refused by the block in full auto.
+    EXPECT_TRUE(contains(o, "error: iris up failed: ===recv(3 times) @setParameterValue failed")) << o;
+    EXPECT_TRUE(contains(after(o, "set exposal-mode 1"), "ok: exposal-mode=1")) << o;
+    EXPECT_TRUE(contains(o, "ok: iris up\n")) << o;
+    EXPECT_TRUE(contains(o, "ok: iris down\n")) << o;
+    EXPECT_TRUE(contains(o, "ok: zooming out at speed 7")) << o;
+    EXPECT_TRUE(contains(o, "zoom position 0x0000 (0), ratio 1000")) << o;
+    EXPECT_TRUE(contains(o, "error: usage: zoom | zoom in|out [SPEED|fast] | zoom stop | zoom to POS [focus POS]")) << o;
+    EXPECT_EQ(2, count(o, "error: usage: zoom")) << o;
+}
+
+TEST_F(CamSimModulesTest, EachFaultHasItsEffectAndFaultOffRecovers) {
+    std::string sets;
+    for (int i = 0; i < 20; ++i) sets += "set sharpness " + std::to_string(20 + i) + "; ";
+    CamsimChild::Result r =
+        run("fcbev7310", "trace serial on; fault silent; set sharpness 40; fault; fault off; set sharpness 41; "
+                         "fault noise; set sharpness 42; fault full once; set sharpness 43; fault off; "
+                         "fault drop 30%; " +
+                             sets + "fault; fault off; fault; fault drop 101%; fault flood");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    // Silence: three attempts, each with its time-out, then the library's message.
+    const std::string silent = after(o, "set sharpness 40");
+    EXPECT_TRUE(contains(silent, "error: parameter 1 (sharpness) = 40 refused: setSharpness error,value is 40 after "
+                                 "===recv(3 times) @setParameterValue failed"))
+        << o;
+    EXPECT_EQ(3, count(silent, "-> 81 01 04 42 00 00 00 06 FF")) << silent;
+    EXPECT_EQ(3, count(silent, "<- nothing within 300 ms")) << silent;
+    EXPECT_TRUE(contains(o, "faults: silent 100 %")) << o;
+    EXPECT_TRUE(contains(o, "ok: no faults; the module answers every packet")) << o;
+    EXPECT_TRUE(contains(after(o, "set sharpness 41"), "ok: sharpness=41")) << o;
+    // Noise before the reply: the message reader skips it, the set goes through.
+    const std::string noise = after(o, "set sharpness 42");
+    EXPECT_TRUE(contains(noise, "ok: sharpness=42")) << noise;
+    // A stray byte (below 0x80, no frame byte) right before the acknowledgement.
+    EXPECT_TRUE(std::regex_search(noise, std::regex(" <- [^\n]*[0-7][0-9A-F] 90 41 FF"))) << noise;
+    // One "buffer full": the second attempt gets through.
+    const std::string full = after(o, "set sharpness 43");
+    EXPECT_TRUE(contains(full, "ok: sharpness=43")) << full;
+    EXPECT_TRUE(contains(full, "90 60 03 FF")) << full;
+    EXPECT_EQ(2, count(full, "-> 81 01 04 42 00 00 00 06 FF")) << full;
+    // Three replies in ten lost: some sets take more than one attempt.
+    EXPECT_TRUE(contains(o, "ok: fault drop 30 %: the reply is lost")) << o;
+    const std::string dropped = o.substr(o.find("> fault drop 30%"), o.find("> fault\n", o.find("> fault drop 30%")) -
+                                                                          o.find("> fault drop 30%"));
+    EXPECT_GT(count(dropped, "-> 81 01 04 42"), 20) << dropped;
+    EXPECT_TRUE(contains(o, "faults: drop 30 %")) << o;
+    EXPECT_TRUE(contains(o, "faults: none")) << o;
+    EXPECT_TRUE(contains(o, "error: '101%' is no share from 0% to 100%")) << o;
+    EXPECT_TRUE(contains(o, "error: unknown fault 'flood'")) << o;
+}
+
+TEST_F(CamSimModulesTest, TraceLinesCarryHexAndTheDeviceTime) {
+    CamsimChild::Result r = run("fcbev7310", "trace serial on; set sharpness 40; trace; trace serial off; "
+                                             "set sharpness 41; run 2s; trace serial sideways");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "ok: serial trace on")) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("\\] serial   12:00:\\d\\d\\.\\d{3} -> 81 01 04 42 00 00 00 06 FF\n")))
+        << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("\\] serial   12:00:\\d\\d\\.\\d{3} <- 90 41 FF"))) << o;
+    EXPECT_TRUE(contains(o, "trace serial on\n")) << o;
+    // Off: the next set and the worker's inquiries are not traced.
+    EXPECT_FALSE(contains(o, "-> 81 01 04 42 00 00 00 07 FF")) << o;
+    EXPECT_TRUE(contains(o, "ok: sharpness=41")) << o;
+    EXPECT_FALSE(contains(after(o, "run 2s"), "serial ")) << o;
+    EXPECT_TRUE(contains(o, "error: usage: trace serial on|off")) << o;
+}
+
+TEST_F(CamSimModulesTest, BaudChangeAndRestartOnTheDeviceClock) {
+    CamsimChild::Result r = run("fcbev7310", "baud; baud 19200; baud; baud 9600; baud; restart; status; baud 4800");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "module baud register 0 (9600 baud)")) << o;
+    EXPECT_TRUE(contains(o, "ok: the module runs at 19200 baud after its restart; the library's port is back at the "
+                            "record's 9600 baud: the line carries nothing intelligible")) << o;
+    EXPECT_TRUE(contains(o, "error: the module's baud register could not be read: getCameraBaudRate szRecvBuf error")) << o;
+    EXPECT_TRUE(contains(o, "ok: the module runs at 9600 baud after its restart; the library's port is back at the "
+                            "record's 9600 baud\n")) << o;
+    EXPECT_EQ(2, count(o, "module baud register 0 (9600 baud)")) << o;
+    // Each restart keeps the block silent for 20 s of device time.
+    EXPECT_TRUE(contains(o, "ok: the module restarted (20 s without an answer)")) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("\\[12:01:\\d\\d\\] > status"))) << o;
+    EXPECT_TRUE(contains(o, "error: the module's baud could not be changed to 4800: p_nBuadrate out of range")) << o;
+    EXPECT_LT(r.seconds, 30.0);  // the 60 s of restarts pass on the virtual clock
+}
+
+TEST_F(CamSimModulesTest, UnknownModuleIsRefusedWithTheNames) {
+    CamsimChild::Result r = run("fcb9999", "status");
+    SKIP_UNLESS_STARTED(r);
+    EXPECT_EQ(2, r.exitCode) << r.output;
+    EXPECT_TRUE(contains(r.output, "camsim: unknown module 'fcb9999'; the modules are fisheye, fcbev7310, noui, "
+                                   "eh4300, cv7500, ch3310"))
+        << r.output;
+    struct stat st {};
+    EXPECT_NE(0, ::stat(root.c_str(), &st));  // no root made for it
+
+    CamsimChild::Result pty = run("fisheye", "status", {"--serial", "pty"});
+    EXPECT_EQ(2, pty.exitCode) << pty.output;
+    EXPECT_TRUE(contains(pty.output, "--serial pty is for the modules on a serial line; fisheye is not one")) << pty.output;
+}
+
+TEST_F(CamSimModulesTest, CommandsOfAnotherModuleAreRefusedNamingTheModule) {
+    CamsimChild::Result r = run("fcbev7310", "isp 3; lens reset; help");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "error: the fcbev7310 module (Sony FCB-EV7310 zoom block, VISCA) has no 'isp' command (it "
+                            "is one of the fisheye module's); its own commands: zoom, focus, iris, baud, restart, "
+                            "fault, trace"))
+        << o;
+    EXPECT_TRUE(contains(o, "has no 'lens' command")) << o;
+    EXPECT_TRUE(contains(o, "commands of the fcbev7310 module (Sony FCB-EV7310 zoom block, VISCA):")) << o;
+    EXPECT_TRUE(contains(o, "  baud | baud N")) << o;
+    EXPECT_TRUE(contains(o, "  trace serial on|off")) << o;
+    EXPECT_TRUE(contains(o, "modules (camsim --module NAME): fisheye, fcbev7310, noui, eh4300, cv7500, ch3310")) << o;
+
+    CamsimChild::Result fisheye = run("fisheye", "baud 9600; fault silent; frobnicate");
+    const std::string& f = fisheye.output;
+    EXPECT_EQ(1, fisheye.exitCode) << f;
+    EXPECT_TRUE(contains(f, "error: the fisheye board has no 'baud' command (it is one of the fcbev7310 module's); its "
+                            "own commands: isp, zoom, focus, lens"))
+        << f;
+    EXPECT_TRUE(contains(f, "error: the fisheye board has no 'fault' command")) << f;
+    EXPECT_TRUE(contains(f, "error: unknown command 'frobnicate' (type 'help')")) << f;
+}
+
+TEST_F(CamSimModulesTest, ModuleWithoutImageSettingsStartsAndFollowsTheModulesDayAndNight) {
+    CamsimChild::Result r = run("noui", "status; set 1 77; light 10; run 6s; status; zoom; fault silent; run 5s; "
+                                        "fault off; light 90; run 10s");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;  // zoom is refused
+    EXPECT_TRUE(contains(o, "front end: noui module (module without image settings)")) << o;
+    EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+    EXPECT_TRUE(contains(o, "module         no image settings; day")) << o;
+    EXPECT_TRUE(contains(o, "the module's day/night state, read by the \"getDN\" thread")) << o;
+    // No parameter is one of this module's; the schemes hold their windows only.
+    EXPECT_TRUE(contains(o, "error: parameter 1 = 77 refused: not a parameter of this camera")) << o;
+    EXPECT_FALSE(contains(o, "flush failed")) << o;
+    EXPECT_TRUE(contains(o, "daynight NIGHT")) << o;
+    EXPECT_TRUE(contains(o, "module         no image settings; night")) << o;
+    EXPECT_TRUE(contains(o, "error: the noui module (module without image settings) has no 'zoom' command")) << o;
+    EXPECT_TRUE(contains(o, "daynight DAY")) << o;
+    EXPECT_LT(r.seconds, 30.0);
+}
+
+TEST_F(CamSimModulesTest, TheOtherBlockCamerasOfTheTableComeUpAndZoom) {
+    // Their replies take the search form: the completion of a move that ends
+    // after the acknowledgement was read comes before the next reply, which
+    // fails once; the second read gets the position.
+    for (const char* module : {"eh4300", "cv7500", "ch3310"}) {
+        CamsimChild::Result r = run(module, "zoom to 0x4000; run 2s; zoom; zoom; status; quit!");
+        SKIP_UNLESS_STARTED(r);
+        const std::string& o = r.output;
+        EXPECT_GE(1, r.exitCode) << module << "\n" << o;
+        EXPECT_TRUE(contains(o, "lens           zoom 0x4000 (16384) ratio 1000")) << module << "\n" << o;
+        EXPECT_TRUE(contains(o, std::string("front end: ") + module + " module")) << o;
+        EXPECT_TRUE(contains(o, "zoom position 0x4000 (16384), ratio 1000")) << module << "\n" << o;
+        ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    }
+}
+
+}  // namespace

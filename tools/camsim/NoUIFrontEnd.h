@@ -1,0 +1,30 @@
+#pragma once
+#include <memory>
+#include <string>
+
+#include "camsim/SerialFrontEnd.h"
+
+namespace camsim {
+
+// A camera whose image module offers no image settings (NoSensorUIController):
+// every parameter is taken without effect, and the controller's "getDN" thread
+// follows the module's day/night state over the RS-485 line. The device at the
+// far end is the simulated VISCA block of the row's model, which answers that
+// inquiry. Its commands are the line's (fault, trace).
+class NoUIFrontEnd : public SerialFrontEnd {
+public:
+    static std::unique_ptr<SimFrontEnd> create(const SimModule& row, const ModuleConfigure& record,
+                                               SimModule::Link link, std::string& problem);
+
+    void attach(SensorControllerManager& manager) override;
+    int clockThreads() const override { return 1; }  // the "getDN" thread
+    // The module has no parameters to save: a scheme holds its window only.
+    std::string schemeValues(int) const override { return std::string(); }
+    std::string dayNightSource() const override;
+
+private:
+    NoUIFrontEnd(const SimModule& row, SimModule::Link link) : SerialFrontEnd(row, link) {}
+    void printModuleStatus(FILE* out) override;
+};
+
+}  // namespace camsim

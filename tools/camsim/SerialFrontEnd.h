@@ -1,0 +1,63 @@
+#pragma once
+#include <map>
+#include <string>
+#include <vector>
+
+#include "camsim/SerialLine.h"
+#include "camsim/SimBoardIO.h"
+#include "camsim/SimFrontEnd.h"
+#include "camsim/SimModule.h"
+
+class ISensorController;
+
+namespace camsim {
+
+// What the front ends of modules on the serial line share: the line with its
+// simulated device (SerialLine: fault injection, trace), a GPIO controller that
+// records writes, a device that switches day and night by itself with the
+// light of the scene (night below 30 %, day from 50 %), and the application's
+// way of running a controller that the factory does not build: the front end
+// constructs it and hands it to the manager with setSensorController before
+// init. A module family adds its controller and commands in a subclass.
+class SerialFrontEnd : public SimFrontEnd {
+public:
+    enum { NightBelow = 30, DayFrom = 50 };
+
+    std::string name() const override;
+    void detach() override;
+    std::string schemeValues(int index) const override;
+    // The names of the controller's parameter table (none by default).
+    const char* parameterName(int id) const override;
+    bool parameterId(const std::string& name, int& id) const override;
+    void setLight(int percent) override;
+    int light() const override { return m_nLight; }
+    std::string lightText() const override;
+    std::string pictureState() const override;
+    void forget() override;
+    void report(const Printer& print) override;
+    void printStatus(FILE* out) override;
+    void printSummary(FILE* out) const override;
+    std::string help() const override { return SerialLine::help(); }
+    bool command(const std::string& cmd, const std::vector<std::string>& args, FILE* out,
+                 std::string& error) override;
+
+protected:
+    SerialFrontEnd(const SimModule& row, SimModule::Link link);
+    // Opens the line for the module record; false with the reason in `problem`.
+    bool openLine(const ModuleConfigure& record, std::string& problem) { return m_line.open(record, problem); }
+    // Hands the manager the port, the GPIO controller and `controller`.
+    void attachController(SensorControllerManager& manager, ISensorController* controller);
+    // The status lines of the module itself, before the line's.
+    virtual void printModuleStatus(FILE* out) = 0;
+
+    const SimModule& m_row;
+    SerialLine m_line;
+    // Parameter names by id ("low-light-chroma-suppress"), from the controller's table.
+    std::map<int, std::string> m_names;
+
+private:
+    SimGPIO* m_pGpio = nullptr;  // owned by the manager's safe pointer
+    int m_nLight = 80;
+};
+
+}  // namespace camsim

@@ -1,0 +1,106 @@
+#include "camsim/SerialTrace.h"
+
+#include <cstdio>
+#include <ctime>
+
+#include "platform/PlatformClock.h"
+
+namespace camsim {
+namespace {
+std::string hex(const unsigned char* bytes, int length) {
+    std::string text;
+    char b[4];
+    for (int i = 0; i < length; ++i) {
+        std::snprintf(b, sizeof(b), "%s%02X", text.empty() ? "" : " ", bytes[i]);
+        text += b;
+    }
+    return text;
+}
+}  // namespace
+
+std::string SerialTrace::stamp() {
+    struct tm now {};
+    PlatformClock::localTime(now);
+    char buf[32];
+    std::snprintf(buf, sizeof(buf), "%02d:%02d:%02d.%03d", now.tm_hour, now.tm_min, now.tm_sec,
+                  static_cast<int>(PlatformClock::nowMs() % 1000));
+    return buf;
+}
+
+void SerialTrace::setEnabled(bool on) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!on) closeRunLocked();
+    m_bEnabled = on;
+}
+
+bool SerialTrace::enabled() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_bEnabled;
+}
+
+void SerialTrace::addLocked(const std::string& line) {
+    if (m_lines.size() >= MaxLines) {
+        ++m_nDropped;
+        return;
+    }
+    m_lines.push_back(line);
+}
+
+void SerialTrace::closeRunLocked() {
+    if (m_strRun.empty()) return;
+    addLocked(m_strRunStamp + " <- " + m_strRun);
+    m_strRun.clear();
+}
+
+void SerialTrace::sent(const unsigned char* bytes, int length) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (length > 0) m_nWritten += length;
+    if (!m_bEnabled || length <= 0) return;
+    closeRunLocked();
+    addLocked(stamp() + " -> " + hex(bytes, length));
+}
+
+void SerialTrace::received(const unsigned char* bytes, int length) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (length > 0) m_nRead += length;
+    if (!m_bEnabled || length <= 0) return;
+    if (m_strRun.empty())
+        m_strRunStamp = stamp();
+    else
+        m_strRun += ' ';
+    m_strRun += hex(bytes, length);
+}
+
+void SerialTrace::timedOut(int timeoutMs) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_bEnabled) return;
+    closeRunLocked();
+    addLocked(stamp() + " <- nothing within " + std::to_string(timeoutMs) + " ms");
+}
+
+void SerialTrace::note(const std::string& text) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_bEnabled) return;
+    closeRunLocked();
+    addLocked(stamp() + " " + text);
+}
+
+std::vector<std::string> SerialTrace::take() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    closeRunLocked();
+    std::vector<std::string> out;
+    out.swap(m_lines);
+    if (m_nDropped > 0) {
+        out.push_back("... " + std::to_string(m_nDropped) + " more lines not kept");
+        m_nDropped = 0;
+    }
+    return out;
+}
+
+void SerialTrace::counts(long& written, long& read) const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    written = m_nWritten;
+    read = m_nRead;
+}
+
+}  // namespace camsim

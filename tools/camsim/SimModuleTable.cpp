@@ -1,0 +1,79 @@
+// camsim's module table: what `camsim --module NAME` can fit.
+//
+// Adding a module: write its front end (a SimFrontEnd; a module on the serial
+// line derives from SerialFrontEnd, a VISCA block camera needs none of its own:
+// ViscaFrontEnd::create<ItsController>) in a file of its own under
+// tools/camsim, add it to tools/CMakeLists.txt, and add one row below: the
+// name, a description, the module id and sensor type, the module record used
+// when the root's moduleConfig.xml has none of that id, the front end's
+// factory, the model profile of the simulated VISCA block (SimViscaModule::
+// profile; nullptr for a module without one), whether it is a serial module
+// and the names of the front end's own commands. CamSim.cpp needs no change; `help`, the refusals and --module's list
+// of names follow the table.
+#include "camsim/SimModule.h"
+
+#include "camsim/FisheyeFrontEnd.h"
+#include "camsim/NoUIFrontEnd.h"
+#include "camsim/RootSetup.h"
+#include "camsim/ViscaFrontEnd.h"
+#include "drivers/serial/FCBEV7310SenseController.h"
+#include "drivers/serial/NoSensorUIController.h"
+#include "drivers/serial/SONYCH3310SenseController.h"
+#include "drivers/serial/SONYCV7500SenseController.h"
+#include "drivers/serial/SONYEH4300SenseController.h"
+
+namespace camsim {
+namespace {
+
+// The serial modules' line: device, day/night from the module (isInfrared=0).
+const char* const kSerialDetail = "RS485=/dev/ttyS1;isInfrared=0";
+// baud, data bits, stop bits, parity
+const char* const kSerialLine = "RS485=9600,8,1,0";
+
+}  // namespace
+
+const std::vector<SimModule>& SimModule::table() {
+    static const std::vector<SimModule> rows = {
+        {"fisheye", "fisheye ISP board", 88, 0, kDefaultModuleDetail, kDefaultModuleParameters,
+         &FisheyeFrontEnd::create, nullptr, false, "isp zoom focus lens"},
+        {"fcbev7310", "Sony FCB-EV7310 zoom block, VISCA", 73, FCBEV7310SenseController::SensorType, kSerialDetail,
+         kSerialLine, &ViscaFrontEnd::create<FCBEV7310SenseController>, "FCB-EV7310", true,
+         "zoom focus iris baud restart fault trace"},
+        // The no-UI module's line reads baud, data bits, parity, stop bits; the
+        // device answering its day/night inquiry is a VISCA block.
+        {"noui", "module without image settings", 99, NoSensorUIController::SensorType, "RS485=/dev/ttyS1",
+         "RS485=9600,8,0,1", &NoUIFrontEnd::create, "FCB-EV7310", true, "fault trace"},
+        {"eh4300", "Sony EH4300 zoom block, VISCA", 74, SONYEH4300SenseController::SensorType, kSerialDetail,
+         kSerialLine, &ViscaFrontEnd::create<SONYEH4300SenseController>, "EH4300", true, "zoom focus iris fault trace"},
+        {"cv7500", "Sony CV7500 zoom block, VISCA", 75, SONYCV7500SenseController::SensorType, kSerialDetail,
+         kSerialLine, &ViscaFrontEnd::create<SONYCV7500SenseController>, "CV7500", true, "zoom focus iris fault trace"},
+        {"ch3310", "Sony CH3310 zoom block, VISCA", 76, SONYCH3310SenseController::SensorType, kSerialDetail,
+         kSerialLine, &ViscaFrontEnd::create<SONYCH3310SenseController>, "CH3310", true, "zoom focus iris fault trace"},
+    };
+    return rows;
+}
+
+const SimModule* SimModule::find(const std::string& name) {
+    for (const SimModule& row : table())
+        if (name == row.name) return &row;
+    return nullptr;
+}
+
+std::string SimModule::names() {
+    std::string text;
+    for (const SimModule& row : table()) text += (text.empty() ? "" : ", ") + std::string(row.name);
+    return text;
+}
+
+bool SimModule::offers(const std::string& command) const {
+    const std::string words = std::string(" ") + commands + " ";
+    return !command.empty() && words.find(" " + command + " ") != std::string::npos;
+}
+
+std::string SimModule::commandList() const {
+    std::string text = commands;
+    for (size_t at = text.find(' '); at != std::string::npos; at = text.find(' ', at + 2)) text.replace(at, 1, ", ");
+    return text;
+}
+
+}  // namespace camsim
