@@ -18,6 +18,7 @@
 #include "app/VideoResolution.h"
 #include "ascii/SimAsciiModule.h"
 #include "core/ISensorController.h"
+#include "doubles/CapturedOutput.h"
 #include "doubles/ClockPump.h"
 #include "doubles/FakeGPIO.h"
 #include "drivers/serial/AsciiParameter.h"
@@ -57,12 +58,6 @@ inline std::string joined(const std::vector<std::string>& v) {
     std::string s;
     for (auto& x : v) s += x + " ";
     return s;
-}
-
-inline size_t countOf(const std::string& hay, const std::string& needle) {
-    size_t n = 0;
-    for (size_t p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
-    return n;
 }
 
 // A controller of type T against the simulated module of profile `profileName`.

@@ -129,12 +129,6 @@ bool AsciiSenseController::openModule(const ModuleConfigure& cfg) {
     return openSerialPort(cfg);
 }
 
-bool AsciiSenseController::statusReady() {
-    if (m_BaseSensorStatus == InitSuccess) return true;
-    ErrorPrintf("m_BaseSensorStatus != ISensorController::InitSuccess!");
-    return false;
-}
-
 int AsciiSenseController::setSensorVideoSystem(int, const VideoResolution&) {
     // The module keeps its own video format.
     return 1;

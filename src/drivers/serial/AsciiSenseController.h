@@ -90,7 +90,6 @@ protected:
     void setStatusRegister(const char* readCommand, int answerLength, const char* workerName);
     // Reads the status register once; 1 and m_nModuleDN updated on success.
     int readStatus();
-    bool statusReady();
 
 private:
     // Prints a refused answer: what went wrong ("recv" or "check"), the packet and the answer.

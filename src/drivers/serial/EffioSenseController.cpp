@@ -176,12 +176,6 @@ int EffioSenseController::setSensorVideoSystem(int, const VideoResolution&) {
     return 1;
 }
 
-bool EffioSenseController::statusReady() {
-    if (m_BaseSensorStatus == InitSuccess) return true;
-    ErrorPrintf("m_BaseSensorStatus != ISensorController::InitSuccess!");
-    return false;
-}
-
 // ---- parameter access ----
 
 int EffioSenseController::writeRow(const EffioParameter& row, int value) {

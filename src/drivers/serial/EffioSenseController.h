@@ -84,7 +84,6 @@ public:
     const EffioParameter* findRow(int id) const;
 
 private:
-    bool statusReady();
     int writeRow(const EffioParameter& row, int value);
     int readRow(const EffioParameter& row, int& value);
 };

@@ -172,6 +172,12 @@ bool SerialSenseController::isAckByteByByte() const {
     return false;
 }
 
+bool SerialSenseController::statusReady() {
+    if (m_BaseSensorStatus == InitSuccess) return true;
+    ErrorPrintf("m_BaseSensorStatus != ISensorController::InitSuccess!");
+    return false;
+}
+
 int SerialSenseController::exchange(const char* operation, const unsigned char* packet, int length, int answerLength,
                                     int timeout, const ReplyCheck& check) {
     if (packet == nullptr || length < 1 || answerLength < 1 || answerLength > MaxMessageLength) return 0;

@@ -60,6 +60,9 @@ protected:
     bool openSerialPort(const ModuleConfigure& cfg);
     // The text openSerialPort prints when the parameter string lacks the line settings.
     void setMissingLineText(const char* text) { m_pszMissingLineText = text; }
+    // Whether the controller may reach the module (the base initialisation has
+    // finished); logs "m_BaseSensorStatus != ISensorController::InitSuccess!" when not.
+    bool statusReady();
     // One reply of the message form: message reads, completions skipped.
     int receiveMessage(unsigned char* buffer, int capacity, int timeout);
 

@@ -47,14 +47,6 @@ protected:
     }
     void TearDown() override { ctl.stopWorker(); }
     int writes() const { return bench.uartRaw->writeCalls(); }
-    // Runs a call with its console output captured.
-    template <class F>
-    int captured(std::string& out, F&& call) {
-        testing::internal::CaptureStdout();
-        int r = call();
-        out = testing::internal::GetCapturedStdout();
-        return r;
-    }
 };
 
 }  // namespace
@@ -136,7 +128,7 @@ TEST_F(AsciiTransactionTest, AnEchoedWriteChangesTheRegister) {
 TEST_F(AsciiTransactionTest, ARefusedCommandCostsThreeAttemptsWithDrains) {
     // The module ignores data its register does not accept: no echo.
     std::string out;
-    EXPECT_EQ(0, captured(out, [&] { return ctl.sendData(":W011065"); }));  // 0x65 = 101 > 100
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl.sendData(":W011065"); }));  // 0x65 = 101 > 100
     EXPECT_EQ(50, bench.module.registerValue(0x0110));
     EXPECT_EQ(3, writes());
     for (int n = 1; n <= 3; ++n)
@@ -144,12 +136,12 @@ TEST_F(AsciiTransactionTest, ARefusedCommandCostsThreeAttemptsWithDrains) {
     EXPECT_NE(std::string::npos, out.find("0x3a,0x57,0x30,0x31,0x31,0x30,0x36,0x35"));
     EXPECT_EQ(3u, countOf(out, "Clear UART buffer"));
     // A malformed command and a register the module lacks are ignored the same way.
-    EXPECT_EQ(0, captured(out, [&] { return ctl.sendData(":X0110"); }));
-    EXPECT_EQ(0, captured(out, [&] { return ctl.sendData(":W999901"); }));
-    EXPECT_EQ(0, captured(out, [&] { return ctl.sendData(":w011000ff"); }));  // wrong width
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl.sendData(":X0110"); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl.sendData(":W999901"); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl.sendData(":w011000ff"); }));  // wrong width
     EXPECT_EQ(50, bench.module.registerValue(0x0110));
     int v = 7;
-    EXPECT_EQ(0, captured(out, [&] { return ctl.recvData(":R9999", 8, v); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl.recvData(":R9999", 8, v); }));
     EXPECT_EQ(7, v);
     EXPECT_NE(std::string::npos, out.find("===recv(3 times) @recvData failed,send:"));
 }
@@ -178,7 +170,7 @@ TEST_F(AsciiTransactionTest, EachFaultKind) {
         const int before = writes();
         bench.module.injectOnce(c.fault);
         std::string text = AsciiSenseController::assembleString(":W0110", ++value, 2);
-        EXPECT_EQ(1, captured(out, [&] { return ctl.sendData(text.c_str()); }));
+        EXPECT_EQ(1, capturedOutput(out, [&] { return ctl.sendData(text.c_str()); }));
         EXPECT_EQ(value, bench.module.registerValue(0x0110));
         EXPECT_EQ(c.writes, writes() - before) << out;
         if (c.text != nullptr) {
@@ -190,7 +182,7 @@ TEST_F(AsciiTransactionTest, EachFaultKind) {
     // A silent module: three attempts, then failure, the register untouched.
     bench.module.setFaultProbability(SimSerialDevice::Silent, 1.0);
     const int before = writes();
-    EXPECT_EQ(0, captured(out, [&] { return ctl.sendData(":W011001"); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl.sendData(":W011001"); }));
     EXPECT_EQ(3, writes() - before);
     EXPECT_EQ(value, bench.module.registerValue(0x0110));
     EXPECT_NE(std::string::npos, out.find("===recv(3 times) @sendData failed,send:"));
@@ -199,7 +191,7 @@ TEST_F(AsciiTransactionTest, EachFaultKind) {
 TEST_F(AsciiTransactionTest, AShortWriteIsRetried) {
     std::string out;
     bench.uartRaw->limitNextWrite(3);
-    EXPECT_EQ(1, captured(out, [&] { return ctl.sendData(":W011010"); }));
+    EXPECT_EQ(1, capturedOutput(out, [&] { return ctl.sendData(":W011010"); }));
     EXPECT_NE(std::string::npos, out.find("===send(1 times) @sendData failed,send(3):")) << out;
     EXPECT_EQ(0x10, bench.module.registerValue(0x0110));
     EXPECT_EQ(2, writes());
@@ -210,7 +202,7 @@ TEST_F(AsciiTransactionTest, ACorruptReadAnswerIsRefusedAndRead) {
     int v = -1;
     bench.module.setRegister(0x0220, 0x0123);
     bench.module.injectOnce(SimSerialDevice::CorruptByte);
-    EXPECT_EQ(1, captured(out, [&] { return ctl.recvData(":r02200000", 10, v); }));
+    EXPECT_EQ(1, capturedOutput(out, [&] { return ctl.recvData(":r02200000", 10, v); }));
     EXPECT_EQ(0x0123, v);
     EXPECT_NE(std::string::npos, out.find("===check(1 times) @recvData failed,send:")) << out;
 }

@@ -14,6 +14,7 @@
 #include "TestRoot.h"
 #include "app/ModuleConfigure.h"
 #include "app/VideoResolution.h"
+#include "doubles/CapturedOutput.h"
 #include "doubles/ClockPump.h"
 #include "doubles/FakeGPIO.h"
 #include "drivers/serial/EffioSenseController.h"
@@ -31,12 +32,6 @@ const char* kDetail = "RS485=/dev/ttyS1;isInfrared=0";
 const char* kParams = "RS485=9600,8,1,0";
 
 typedef std::vector<uint8_t> Bytes;
-
-size_t countOf(const std::string& hay, const std::string& needle) {
-    size_t n = 0;
-    for (size_t p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
-    return n;
-}
 
 class EffioTest : public ::testing::Test {
 protected:
@@ -83,13 +78,6 @@ protected:
         if (row.bitCount == 16) return b0 << 8 | processor.byteAt(row.category, row.byteNo + 1);
         if (row.bitCount == 8) return b0;
         return (b0 >> row.startBit) & ((1 << row.bitCount) - 1);
-    }
-    template <class F>
-    int captured(std::string& out, F&& call) {
-        testing::internal::CaptureStdout();
-        int r = call();
-        out = testing::internal::GetCapturedStdout();
-        return r;
     }
 };
 
@@ -259,7 +247,7 @@ TEST_F(EffioTest, EveryIdChangesTheStoreAndRefusalsSendNothing) {
             const int frames = processor.frameCount();
             const int writes = uartRaw->writeCalls();
             std::string out;
-            EXPECT_EQ(0, captured(out, [&] { return ctl->setParameter(row.id, bad); }));
+            EXPECT_EQ(0, capturedOutput(out, [&] { return ctl->setParameter(row.id, bad); }));
             EXPECT_NE(std::string::npos, out.find(std::string(row.rangeName) + "(" + std::to_string(bad) + ") is out of range"))
                 << out;
             EXPECT_EQ(frames, processor.frameCount());
@@ -298,11 +286,11 @@ TEST_F(EffioTest, EachStatusErrorText) {
     std::string out;
     // Final errors: one attempt each.
     const int before = uartRaw->writeCalls();
-    EXPECT_EQ(0, captured(out, [&] { return ctl->setParameters(9, 0, one, 1); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl->setParameters(9, 0, one, 1); }));
     EXPECT_NE(std::string::npos, out.find("setParameters::send command failed (Category number error)")) << out;
-    EXPECT_EQ(0, captured(out, [&] { return ctl->setParameters(1, 7, one, 1); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl->setParameters(1, 7, one, 1); }));
     EXPECT_NE(std::string::npos, out.find("setParameters::send command failed (Byte number error)")) << out;
-    EXPECT_EQ(0, captured(out, [&] { return ctl->setParameters(0, 0, one, 1); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl->setParameters(0, 0, one, 1); }));
     EXPECT_NE(std::string::npos, out.find("setParameters::send command failed (Other error)")) << out;
     EXPECT_EQ(3, uartRaw->writeCalls() - before);
     EXPECT_EQ(1, processor.statusCount(SimEffioProcessor::CategoryError));
@@ -311,7 +299,7 @@ TEST_F(EffioTest, EachStatusErrorText) {
     EXPECT_EQ(1, processor.byteAt(0, 0));  // the version is read only
     // A communication error (the processor busy) is tried again.
     processor.injectOnce(SimSerialDevice::BufferFull);
-    EXPECT_EQ(1, captured(out, [&] { return ctl->setParameters(1, 0, one, 1); }));
+    EXPECT_EQ(1, capturedOutput(out, [&] { return ctl->setParameters(1, 0, one, 1); }));
     EXPECT_NE(std::string::npos, out.find("setParameters::send command failed (Communication error)")) << out;
     EXPECT_EQ(0x10, processor.byteAt(1, 0));
     // A frame with a wrong checksum is answered with a communication error.
@@ -330,12 +318,12 @@ TEST_F(EffioTest, LengthAndChecksumFailuresAndEveryFault) {
     // No answer: three attempts, each with its length text and a drain.
     processor.setFaultProbability(SimSerialDevice::Silent, 1.0);
     int before = uartRaw->writeCalls();
-    EXPECT_EQ(0, captured(out, [&] { return ctl->setParameters(1, 0, v, 1); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl->setParameters(1, 0, v, 1); }));
     EXPECT_EQ(3, uartRaw->writeCalls() - before);
     EXPECT_EQ(3u, countOf(out, "setParameters : recv len failed expectlen=3,actuallen=0"));
     EXPECT_GE(countOf(out, "Clear UART buffer"), 3u);
     unsigned char data[2] = {0, 0};
-    EXPECT_EQ(0, captured(out, [&] { return ctl->getParameters(1, 0, 1, data); }));
+    EXPECT_EQ(0, capturedOutput(out, [&] { return ctl->getParameters(1, 0, 1, data); }));
     EXPECT_EQ(3u, countOf(out, "getParmaters recv len error"));
     processor.clearFaults();
     clock.advance(3000);
@@ -344,7 +332,7 @@ TEST_F(EffioTest, LengthAndChecksumFailuresAndEveryFault) {
     // A corrupt read answer fails its checksum, the next attempt reads it.
     processor.setByte(1, 0, 0x33);
     processor.injectOnce(SimSerialDevice::CorruptByte);
-    EXPECT_EQ(1, captured(out, [&] { return ctl->getParameters(1, 0, 1, data); }));
+    EXPECT_EQ(1, capturedOutput(out, [&] { return ctl->getParameters(1, 0, 1, data); }));
     EXPECT_EQ(0x33, data[0]);
     EXPECT_TRUE(out.find("check sum error expect=") != std::string::npos ||
                 out.find("getParmaters recv len error") != std::string::npos)
@@ -358,7 +346,7 @@ TEST_F(EffioTest, LengthAndChecksumFailuresAndEveryFault) {
         processor.injectOnce(f);
         const unsigned char value[] = {static_cast<unsigned char>(0x50 + k)};
         before = uartRaw->writeCalls();
-        EXPECT_EQ(1, captured(out, [&] { return ctl->setParameters(1, 1, value, 1); }));
+        EXPECT_EQ(1, capturedOutput(out, [&] { return ctl->setParameters(1, 1, value, 1); }));
         EXPECT_EQ(0x50 + k, processor.byteAt(1, 1));
         EXPECT_EQ(f == SimSerialDevice::SplitReply ? 1 : 2, uartRaw->writeCalls() - before) << out;
     }
