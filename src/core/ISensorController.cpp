@@ -89,8 +89,22 @@ void ISensorController::registerIds(const char* controllerName) {
 }
 
 void ISensorController::clearSchemeFiles() {
-    for (SensorConfigFile* f : m_pUsrFileOperatorList) delete f;
-    m_pUsrFileOperatorList.clear();
+    std::vector<std::shared_ptr<SensorConfigFile>> old;
+    {
+        KSMutexGuard lock(m_GeneralMutex);
+        old.swap(m_pUsrFileOperatorList);
+    }
+}
+
+std::vector<std::shared_ptr<SensorConfigFile>> ISensorController::getSchemeFiles() {
+    KSMutexGuard lock(m_GeneralMutex);
+    return m_pUsrFileOperatorList;
+}
+
+std::shared_ptr<SensorConfigFile> ISensorController::getSchemeFile(int index) {
+    KSMutexGuard lock(m_GeneralMutex);
+    if (index < 0 || static_cast<size_t>(index) >= m_pUsrFileOperatorList.size()) return nullptr;
+    return m_pUsrFileOperatorList[static_cast<size_t>(index)];
 }
 
 std::vector<ParamScheme> ISensorController::getSchemeList() {
@@ -324,7 +338,8 @@ int ISensorController::initConfigFile() {
         createSchemeFileHandlers(num);
     }
     if (!DiskManager::isFileExist(SensorPaths::kOldSingleFile)) return 1;
-    if (m_pUsrFileOperatorList.empty()) return 1;
+    const std::shared_ptr<SensorConfigFile> first = getSchemeFile(0);
+    if (!first) return 1;
     // The old single file becomes the first scheme's file and gains the factory set's
     // parameters. The merged file replaces the scheme file (atomically) before the old
     // file is removed, so a power cut at any moment leaves either the old file, which the
@@ -332,14 +347,14 @@ int ISensorController::initConfigFile() {
     // unmerged under the scheme file's name.
     char command[1024];
     std::snprintf(command, sizeof(command), "mv %s.cfg %s", SensorPaths::kSchemePrefix,
-                  m_pUsrFileOperatorList[0]->getFilePath().c_str());
+                  first->getFilePath().c_str());
     KSLogger::consolePrintf("command: %s\n", command);
     std::string factoryText;
     m_pFactoryFile->readParametersFromFile(factoryText);
     std::map<int, int> factory;
     SensorParameterParser::parseSensorParameter(factoryText, factory);
     SensorConfigFile oldFile(SensorPaths::kOldSingleFile);
-    if (!m_pUsrFileOperatorList[0]->modifyIdUnEqualParametersFrom(oldFile, factory)) return 1;
+    if (!first->modifyIdUnEqualParametersFrom(oldFile, factory)) return 1;
     std::snprintf(command, sizeof(command), "rm %s", SensorPaths::kOldSingleFile);
     sy_system(command, 30);
     return 1;
@@ -353,17 +368,21 @@ int ISensorController::initSensorFilesHandler() {
 }
 
 int ISensorController::createSchemeFileHandlers(int num) {
-    clearSchemeFiles();
+    std::vector<std::shared_ptr<SensorConfigFile>> files;
     char name[256];
     for (int i = 0; i < num; ++i) {
         std::snprintf(name, sizeof(name), "%s%d.cfg", SensorPaths::kSchemePrefix, i);
         KSLogger::consolePrintf("ISensorController::initSensorFilesHandler() szFileName(%s)\n", name);
-        SensorConfigFile* f = new SensorConfigFile(name);
+        std::shared_ptr<SensorConfigFile> f = std::make_shared<SensorConfigFile>(name);
         f->setVersion(m_nConfigVersion);
         f->setVersion2(m_nConfigVersion2);
-        m_pUsrFileOperatorList.push_back(f);
+        files.push_back(std::move(f));
     }
-    return 1;
+    {
+        KSMutexGuard lock(m_GeneralMutex);
+        files.swap(m_pUsrFileOperatorList);
+    }
+    return 1;  // the old handlers go with `files`, or with their last user
 }
 
 int ISensorController::createSensorFile_Factory() {
@@ -374,7 +393,7 @@ int ISensorController::createSensorFile_Factory() {
 
 int ISensorController::setSensorConfigVersion(int version) {
     m_nConfigVersion = version;
-    for (SensorConfigFile* f : m_pUsrFileOperatorList) f->setVersion(version);
+    for (const std::shared_ptr<SensorConfigFile>& f : getSchemeFiles()) f->setVersion(version);
     m_pFactoryFile->setVersion(version);
     m_pEspecialFile->setVersion(version);
     return 1;
@@ -382,7 +401,7 @@ int ISensorController::setSensorConfigVersion(int version) {
 
 int ISensorController::setSensorConfigVersion2(int version) {
     m_nConfigVersion2 = version;
-    for (SensorConfigFile* f : m_pUsrFileOperatorList) f->setVersion2(version);
+    for (const std::shared_ptr<SensorConfigFile>& f : getSchemeFiles()) f->setVersion2(version);
     m_pFactoryFile->setVersion2(version);
     m_pEspecialFile->setVersion2(version);
     return 1;
@@ -433,9 +452,9 @@ void ISensorController::printDebugMessage() {
     std::string all;
     m_pSensorLastValueCache->getAllSensorValues(all);
     KSLogger::consolePrintf("m_pSensorLastValueCache:%s \n\n\n", all.c_str());
-    for (size_t i = 0; i < m_pUsrFileOperatorList.size(); ++i)
-        KSLogger::consolePrintf("m_pUsrFileOperatorList[%d]  %s\n", static_cast<int>(i),
-                    m_pUsrFileOperatorList[i]->getFilePath().c_str());
+    const std::vector<std::shared_ptr<SensorConfigFile>> files = getSchemeFiles();
+    for (size_t i = 0; i < files.size(); ++i)
+        KSLogger::consolePrintf("m_pUsrFileOperatorList[%d]  %s\n", static_cast<int>(i), files[i]->getFilePath().c_str());
     const std::vector<ParamScheme> schemes = getSchemeList();
     for (size_t i = 0; i < schemes.size(); ++i) {
         int enable = 0, start = 0, end = 0;

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <list>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -231,7 +232,10 @@ public:
     IdManager& getIdManager() { return *m_pIdManager; }
     SensorCache& getRequestCache() { return *m_pSensorCache; }
     SensorCache& getLastValueCache() { return *m_pSensorLastValueCache; }
-    const std::vector<SensorConfigFile*>& getSchemeFiles() const { return m_pUsrFileOperatorList; }
+    // The scheme files' handlers: a copy of the list, taken under the general mutex.
+    std::vector<std::shared_ptr<SensorConfigFile>> getSchemeFiles();
+    // The handler of scheme `index` (taken under the general mutex), or null.
+    std::shared_ptr<SensorConfigFile> getSchemeFile(int index);
     // A copy of the scheme records, taken under the general mutex.
     std::vector<ParamScheme> getSchemeList();
     GThread& getDayNightThread() { return *m_DNChangeThread; }
@@ -284,7 +288,11 @@ protected:
     std::atomic<int> m_nTNFSwitch{0};
     int m_nConfigVersion = 0;
     int m_nConfigVersion2 = 0;
-    std::vector<SensorConfigFile*> m_pUsrFileOperatorList;
+    // The scheme files' handlers, guarded by the general mutex. They are shared, so
+    // that a list rebuilt meanwhile (a reset) never deletes a handler that a flush or
+    // a scheme step on another thread is using: users take a handler under the mutex
+    // and use it after letting go.
+    std::vector<std::shared_ptr<SensorConfigFile>> m_pUsrFileOperatorList;
     int m_nIrCutGroup = 0, m_nIrCutPin = 0, m_nIrCutDayLevel = 0;
     int m_nInfraredGroup = 0, m_nInfraredPin = 0, m_nInfraredDayLevel = 0;
     int m_nLDRGroup = 0, m_nLDRPin = 0, m_nLDRDayLevel = 0;

@@ -191,13 +191,12 @@ int ISensorController::flush() {
     SensorParameterParser::createSensorParameterString(especialPairs, especial);
     if (!m_pFactoryFile->modifyParameters(especialPairs)) return 508;
     if (selected) {
-        if (scheme < 0 || static_cast<size_t>(scheme) >= m_pUsrFileOperatorList.size()) return 508;
+        const std::shared_ptr<SensorConfigFile> file = getSchemeFile(scheme);
+        if (!file) return 508;
         std::string all;
         SensorParameterParser::createSensorParameterString(commonPairs, all);
         all += especial;
-        if (!m_pUsrFileOperatorList[static_cast<size_t>(scheme)]->saveParameterList(
-                all, especialVersion || holdsVersion(commonPairs)))
-            return 508;
+        if (!file->saveParameterList(all, especialVersion || holdsVersion(commonPairs))) return 508;
     }
     return m_pEspecialFile->saveParameterList(especial, especialVersion) ? 0 : 508;
 }

@@ -72,14 +72,14 @@ int ISensorController::copySchemeFilesFromFactory() {
 }
 
 int ISensorController::resetSchemeFiles() {
-    for (size_t i = 0; i < m_pUsrFileOperatorList.size(); ++i)
-        m_pUsrFileOperatorList[i]->modifyParameter(500, i == 0 ? 1 : 0);
+    const std::vector<std::shared_ptr<SensorConfigFile>> files = getSchemeFiles();
+    for (size_t i = 0; i < files.size(); ++i) files[i]->modifyParameter(500, i == 0 ? 1 : 0);
     return 1;
 }
 
 int ISensorController::loadSchemeParamToMemory() {
     std::vector<ParamScheme*> records;
-    for (SensorConfigFile* file : m_pUsrFileOperatorList) {
+    for (const std::shared_ptr<SensorConfigFile>& file : getSchemeFiles()) {
         // The five window ids 500-504 from one read of the file; a missing one stays 0.
         static const int kWindowIds[5] = {500, 501, 502, 503, 504};
         int v[5] = {0, 0, 0, 0, 0};
@@ -98,8 +98,8 @@ int ISensorController::loadSchemeParamToMemory() {
 
 int ISensorController::readParamByScheme(int index, std::string& text) {
     if (index == -1) return m_pFactoryFile->readParametersFromFile(text);
-    if (index < 0 || static_cast<size_t>(index) >= m_pUsrFileOperatorList.size()) return 0;
-    return m_pUsrFileOperatorList[static_cast<size_t>(index)]->readParametersFromFile(text);
+    const std::shared_ptr<SensorConfigFile> file = getSchemeFile(index);
+    return file ? file->readParametersFromFile(text) : 0;
 }
 
 int ISensorController::findCurrentSchemeIndex() {

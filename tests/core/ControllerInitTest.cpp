@@ -617,7 +617,7 @@ TEST_F(ControllerInitTest, VersionsReachEverySchemeFileAndBothOwnFiles) {
     c.setSensorConfigVersion2(8);
     EXPECT_EQ(7, c.getConfigVersion());
     EXPECT_EQ(8, c.getConfigVersion2());
-    for (SensorConfigFile* f : c.getSchemeFiles()) {
+    for (const std::shared_ptr<SensorConfigFile>& f : c.getSchemeFiles()) {
         EXPECT_EQ(7, f->getVersion());
         EXPECT_EQ(8, f->getVersion2());
     }

@@ -434,3 +434,40 @@ TEST(ParamSchemeTest, FlushReloadAndStepOnThreeThreads) {
         EXPECT_EQ(a, b) << "scheme " << i;
     }
 }
+
+TEST(ParamSchemeTest, SchemeFileListRebuiltWhileFlushAndStepUseIt) {
+    // A reset or a new start-up rebuilds the list of scheme-file handlers while a
+    // flush and the worker's scheme step (on other threads) read and write through it.
+    VirtualClock clock(12, 0);
+    SchemeSetup s({scheme(100, 1, 0, 0, 24, 0), scheme(101, 1, 0, 0, 24, 0), scheme(102, 1, 0, 0, 24, 0)});
+    s.step();
+    ASSERT_EQ(s.c.getCurrentParamSchemeIndex(), 0);
+    testing::internal::CaptureStdout();
+    constexpr int kRounds = 150;
+    std::atomic<bool> writerDone{false};
+    std::atomic<int> flushFailures{0}, readFailures{0};
+    std::thread writer([&] {
+        for (int i = 0; i < kRounds; ++i) {
+            s.c.setParameters("(1," + std::to_string(i) + ")(500,1)(501,0)(502,0)(503,24)(504,0)");
+            if (s.c.flush() != 0) ++flushFailures;
+            std::string text;
+            if (!s.c.readParamByScheme(1, text)) ++readFailures;
+        }
+        writerDone = true;
+    });
+    std::thread rebuilder([&] {
+        for (int i = 0; i < 20 || !writerDone; ++i) s.c.initSensorFilesHandler();
+    });
+    std::thread stepper([&] {
+        for (int i = 0; i < 20 || !writerDone; ++i) s.c.paramSchemeSwitchBody();
+    });
+    writer.join();
+    rebuilder.join();
+    stepper.join();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(flushFailures.load(), 0);
+    EXPECT_EQ(readFailures.load(), 0);
+    ASSERT_EQ(s.c.getSchemeFiles().size(), 3u);
+    // The last flush reached scheme 0's file through whichever handler was current.
+    EXPECT_NE(s.root.read(schemePath(0)).find("(1," + std::to_string(kRounds - 1) + ")"), std::string::npos);
+}
