@@ -61,6 +61,8 @@ const Entry kTable[] = {
     ENTRY("IT1ZoomModuleSenseController", kIT1Zoom),
     ENTRY("SeawolfSenseController", kSeawolf),
     ENTRY("KestraISPSenseController", kKestraISP),
+    // The zoom board with privacy masks has the zoom board's parameters.
+    ENTRY("IIPC368ZoomSensorController", kIT1Zoom),
 };
 #undef ENTRY
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/ISensorController.h"
+#include "doubles/IdRanges.h"
 #include "doubles/ViscaRig.h"
 #include "drivers/serial/ViscaParameter.h"
 #include "platform/PlatformClock.h"
@@ -20,14 +21,6 @@
 namespace testutil {
 
 typedef std::vector<std::vector<uint8_t>> ViscaPackets;
-
-// The ids of inclusive ranges.
-inline std::set<int> idsOf(std::initializer_list<std::pair<int, int>> ranges) {
-    std::set<int> s;
-    for (auto& r : ranges)
-        for (int id = r.first; id <= r.second; ++id) s.insert(id);
-    return s;
-}
 
 inline std::string packetsText(const ViscaPackets& p) {
     std::string s;

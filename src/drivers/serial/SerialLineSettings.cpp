@@ -13,7 +13,7 @@ bool SerialLineSettings::read(const ModuleConfigure& cfg) {
         return false;
     }
     if (!objDetail.getValue("RS485", device) || device.empty()) {
-        KSLogger::consolePuts("get RS232DeviceName from detail failed");
+        KSLogger::consolePuts(missingDeviceText);
         return false;
     }
     ModuleParameterParser objParameters;

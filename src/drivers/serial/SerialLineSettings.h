@@ -19,7 +19,8 @@ public:
 
     std::string device;
     int value[4] = {0, 0, 0, 0};
-    // The text printed when the parameter string has no line settings (the
-    // modules differ in how they name the missing key).
+    // The texts printed when the detail has no device and when the parameter
+    // string has no line settings (the modules differ in how they name them).
+    const char* missingDeviceText = "get RS232DeviceName from detail failed";
     const char* missingLineText = "get RS232Parameter from senseParameter failed";
 };

@@ -1,0 +1,208 @@
+#pragma once
+// An ISP-board controller of type T against the simulated board in-process, on
+// the virtual clock, under a temporary platform root: init with the clock
+// pumped, the frames that one call sends, the texts that it prints.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "TestRoot.h"
+#include "app/ModuleConfigure.h"
+#include "app/VideoResolution.h"
+#include "doubles/ClockPump.h"
+#include "doubles/FakeGPIO.h"
+#include "doubles/IdRanges.h"
+#include "drivers/ispboard/IspBoardTable.h"
+#include "ispboard/SimIspBoard.h"
+#include "platform/SafePointer.h"
+#include "line/SimSerialUART.h"
+#include "storage/IdManager.h"
+#include "storage/SensorCache.h"
+
+namespace testutil {
+
+typedef std::vector<std::vector<uint8_t>> IspFrames;
+
+inline std::string framesText(const IspFrames& frames) {
+    std::string s;
+    char b[4];
+    for (auto& f : frames) {
+        for (uint8_t x : f) {
+            std::snprintf(b, sizeof(b), "%02X ", x);
+            s += b;
+        }
+        s += "| ";
+    }
+    return s;
+}
+
+template <class T>
+class IspBoardFixture : public ::testing::Test {
+protected:
+    TempRoot root;
+    VirtualClock clock{12, 0, 0};
+    SimIspBoard board{T::boardTable()};
+    SimSerialUART* uartRaw = new SimSerialUART(board, "/dev/ttyS1");
+    SafePointer<IUARTController> uart{uartRaw};
+    SafePointer<IGPIO> gpio{new FakeGPIO()};
+    SafePointer<T> ctl;
+    std::string initOutput;
+
+    void SetUp() override {
+        board.setSeed(7);
+        if (std::getenv("ISP_TRACE"))
+            uartRaw->setTrace([](bool out, const unsigned char* b, int n, int64_t ms) {
+                std::string s;
+                char x[4];
+                for (int i = 0; i < n; ++i) {
+                    std::snprintf(x, sizeof(x), "%02X ", b[i]);
+                    s += x;
+                }
+                std::fprintf(stderr, "%lld %s %s\n", static_cast<long long>(ms), out ? ">>" : "<<", s.c_str());
+            });
+    }
+    void TearDown() override {
+        if (!ctl.isNull()) {
+            ctl->stopBoardWorkers();
+            ctl->stopWorker();
+        }
+        ctl.reset();
+    }
+
+    T& make() {
+        ctl.reset(new T());
+        ctl->setOperator(uart, gpio);
+        return *ctl;
+    }
+    // Runs init with the clock pumped. The workers (the day/night worker and the
+    // board's own) are stopped after it, so that the test thread alone drives the
+    // line; the board's own start again when asked to keep them.
+    //
+    // The board's workers stop first: a day/night pass that waits for the line
+    // behind a worker's exchange would wait for virtual time that the thread
+    // stopping it does not move.
+    int init(const std::string& detail, const std::string& params, bool keepBoardWorkers = false) {
+        if (ctl.isNull()) make();
+        T* c = ctl.get();
+        ModuleConfigure cfg(T::SensorType, detail, params);
+        testing::internal::CaptureStdout();
+        int r = runPumped([&] { return c->init(T::SensorType, cfg, VideoResolution(1920, 1080)); });
+        c->stopBoardWorkers();
+        c->stopWorker();
+        drainLateAnswers();
+        if (keepBoardWorkers && r == 1) {
+            // Started again: once they wait on the clock, the test's steps reach them.
+            c->NotifySensorInitComplate();
+            EXPECT_TRUE(PlatformClock::waitForSleepers(2));
+        }
+        initOutput = testing::internal::GetCapturedStdout();
+        return r;
+    }
+    // Stops the board's workers and drains the line.
+    void stopBoardWorkers() {
+        ctl->stopBoardWorkers();
+        drainLateAnswers();
+    }
+    // An exchange that a stop cuts short (a worker's read on the simulated port
+    // ends with its pause) may leave a late answer on the line: let it come and
+    // drain it.
+    void drainLateAnswers() {
+        clock.advance(2000);
+        if (ctl->getUARTPort() >= 0) ctl->recvLeftData();
+    }
+    // The frames that one call sends.
+    template <class F>
+    IspFrames sent(F&& call, int expectResult = 1) {
+        size_t mark = board.frameMark();
+        EXPECT_EQ(expectResult, call());
+        return board.framesSince(mark);
+    }
+
+    // A fresh controller registers exactly these common and set-only ids (the
+    // base controller's 500-504 besides), and its table has a row for each.
+    void expectRegistered(const std::set<int>& common, const std::set<int>& setOnly) {
+        if (ctl.isNull()) make();
+        std::set<int> c, s, e, k;
+        ctl->getIdManager().getCommonIdList(c);
+        ctl->getIdManager().getSetOnlyIdList(s);
+        ctl->getIdManager().getEspecialIdList(e);
+        ctl->getIdManager().getKeepDefaultValueList(k);
+        std::set<int> withBase = common;
+        for (int id = 500; id <= 504; ++id) withBase.insert(id);
+        EXPECT_EQ(withBase, c);
+        EXPECT_EQ(setOnly, s);
+        EXPECT_TRUE(e.empty());
+        EXPECT_TRUE(k.empty());
+        const IspBoardTable& t = T::boardTable();
+        std::set<int> rows;
+        for (size_t i = 0; i < t.parameterCount; ++i) rows.insert(t.parameters[i].id);
+        std::set<int> registered = common;
+        registered.insert(setOnly.begin(), setOnly.end());
+        EXPECT_EQ(registered, rows);
+    }
+
+    // Every row refuses the values just outside its range (and -1) with its
+    // text, sends nothing and caches nothing; the number of refusals.
+    int expectEveryRefusal() {
+        const IspBoardTable& t = T::boardTable();
+        std::string before;
+        ctl->getLastValueCache().getAllSensorValues(before);
+        int refused = 0;
+        for (size_t i = 0; i < t.parameterCount; ++i) {
+            const IspBoardTable::Parameter& row = t.parameters[i];
+            for (int bad : {row.maxValue + 1, row.minValue - 1, -1}) {
+                if (bad >= row.minValue && bad <= row.maxValue) continue;
+                SCOPED_TRACE("id " + std::to_string(row.id) + " value " + std::to_string(bad));
+                std::string text = row.rangeText;
+                size_t at = text.find("%d");
+                if (at != std::string::npos) text.replace(at, 2, std::to_string(bad));
+                testing::internal::CaptureStdout();
+                size_t mark = board.frameMark();
+                EXPECT_EQ(0, ctl->setParameter(row.id, bad));
+                std::string o = testing::internal::GetCapturedStdout();
+                EXPECT_NE(std::string::npos, o.find(text)) << o;
+                EXPECT_EQ(board.frameMark(), mark);
+                ++refused;
+            }
+        }
+        std::string after;
+        ctl->getLastValueCache().getAllSensorValues(after);
+        EXPECT_EQ(before, after);
+        return refused;
+    }
+
+    // Every row of kind Whole or Field takes its lowest and highest value into
+    // its register, one write frame each (a Field row after at most one read).
+    void expectEveryPlainRowReachesItsRegister() {
+        const IspBoardTable& t = T::boardTable();
+        for (size_t i = 0; i < t.parameterCount; ++i) {
+            const IspBoardTable::Parameter& row = t.parameters[i];
+            if (row.kind == IspBoardTable::Own) continue;
+            for (int value : {row.maxValue, row.minValue, (row.minValue + row.maxValue) / 2}) {
+                SCOPED_TRACE("id " + std::to_string(row.id) + " value " + std::to_string(value));
+                size_t mark = board.frameMark();
+                ASSERT_EQ(1, ctl->setParameterToSensor(row.id, value));
+                IspFrames f = board.framesSince(mark);
+                ASSERT_FALSE(f.empty());
+                EXPECT_EQ(0xAA, f.back()[0]);
+                const int reg = board.registerValue(row.address);
+                if (row.kind == IspBoardTable::Whole) {
+                    EXPECT_EQ(value, reg);
+                } else {
+                    int shift = 0;
+                    while (!(row.mask & (1 << shift))) ++shift;
+                    EXPECT_EQ(value, (reg & row.mask) >> shift);
+                }
+                int back = -1;
+                ASSERT_EQ(1, ctl->getParameterFromSensor(row.id, back));
+                EXPECT_EQ(value, back);
+            }
+        }
+    }
+};
+
+}  // namespace testutil
