@@ -126,23 +126,10 @@ protected:
     // base controller's 500-504 besides), and its table has a row for each.
     void expectRegistered(const std::set<int>& common, const std::set<int>& setOnly) {
         if (ctl.isNull()) make();
-        std::set<int> c, s, e, k;
-        ctl->getIdManager().getCommonIdList(c);
-        ctl->getIdManager().getSetOnlyIdList(s);
-        ctl->getIdManager().getEspecialIdList(e);
-        ctl->getIdManager().getKeepDefaultValueList(k);
-        std::set<int> withBase = common;
-        for (int id = 500; id <= 504; ++id) withBase.insert(id);
-        EXPECT_EQ(withBase, c);
-        EXPECT_EQ(setOnly, s);
-        EXPECT_TRUE(e.empty());
-        EXPECT_TRUE(k.empty());
         const IspBoardTable& t = T::boardTable();
         std::set<int> rows;
         for (size_t i = 0; i < t.parameterCount; ++i) rows.insert(t.parameters[i].id);
-        std::set<int> registered = common;
-        registered.insert(setOnly.begin(), setOnly.end());
-        EXPECT_EQ(registered, rows);
+        expectRegisteredIds(ctl->getIdManager(), common, setOnly, {}, rows);
     }
 
     // Every row refuses the values just outside its range (and -1) with its

@@ -128,16 +128,23 @@ void IspBoardSenseController::recvLeftData() {
     drain();
 }
 
+int IspBoardSenseController::exchangeCopy(const unsigned char* frame, int length, unsigned char* command,
+                                          unsigned char (&answer)[AnswerCapacity]) {
+    // The caller's frame stays as it is: the checksum goes into a copy.
+    const bool sendable = frame != nullptr && length > 0 && length <= MaxFrameLength;
+    if (sendable) std::memcpy(command, frame, static_cast<size_t>(length));
+    std::memset(answer, 0, sizeof(answer));
+    return exchangeTwice(sendable ? command : nullptr, length < 0 ? 0 : length, answer, AnswerCapacity);
+}
+
 int IspBoardSenseController::writeFrame(const unsigned char* frame, int length) {
     unsigned char command[MaxFrameLength];
-    const int n = frame == nullptr || length < 0 ? 0 : (length > MaxFrameLength ? MaxFrameLength + 1 : length);
-    if (n > 0 && n <= MaxFrameLength) std::memcpy(command, frame, static_cast<size_t>(n));
     unsigned char answer[AnswerCapacity];
-    std::memset(answer, 0, sizeof(answer));
-    int nRet = exchangeTwice(n > 0 && n <= MaxFrameLength ? command : nullptr, n, answer, AnswerCapacity);
+    const int nRet = exchangeCopy(frame, length, command, answer);
+    const int n = length < 0 ? 0 : (length > MaxFrameLength ? MaxFrameLength : length);
     if (nRet == IspBoardFrame::AckLength && IspBoardFrame::echoes(command, n, answer, nRet)) return 1;
     KSLogger::consolePrintf("setParameterValue error,nRet = %d,\n\tsendCommand is:", nRet);
-    SerialTool::printArray(frame, n > MaxFrameLength ? MaxFrameLength : n);
+    SerialTool::printArray(frame, n);
     KSLogger::consolePrintf("\trecvCommand:");
     SerialTool::printArray(answer, AnswerCapacity);
     drain();
@@ -146,18 +153,16 @@ int IspBoardSenseController::writeFrame(const unsigned char* frame, int length) 
 
 int IspBoardSenseController::readFrame(const unsigned char* frame, int length, int& value) {
     unsigned char command[MaxFrameLength];
-    const int n = frame == nullptr || length < 0 ? 0 : (length > MaxFrameLength ? MaxFrameLength + 1 : length);
-    if (n > 0 && n <= MaxFrameLength) std::memcpy(command, frame, static_cast<size_t>(n));
     unsigned char answer[AnswerCapacity];
-    std::memset(answer, 0, sizeof(answer));
-    int nRet = exchangeTwice(n > 0 && n <= MaxFrameLength ? command : nullptr, n, answer, AnswerCapacity);
+    const int nRet = exchangeCopy(frame, length, command, answer);
+    const int n = length < 0 ? 0 : (length > MaxFrameLength ? MaxFrameLength : length);
     if ((nRet == IspBoardFrame::Answer8Length || nRet == IspBoardFrame::Answer16Length) &&
         IspBoardFrame::echoes(command, n, answer, nRet)) {
         value = nRet == IspBoardFrame::Answer8Length ? answer[4] : assembleData(answer[5], answer[4]);
         return 1;
     }
     KSLogger::consolePrintf("getParameterValue error,nRet = %d,command is:", nRet);
-    SerialTool::printArray(frame, n > MaxFrameLength ? MaxFrameLength : n);
+    SerialTool::printArray(frame, n);
     drain();
     return 0;
 }
@@ -346,14 +351,7 @@ int IspBoardSenseController::setSensorVideoSystem(int, const VideoResolution&) {
 
 bool IspBoardSenseController::openBoardPort(const ModuleConfigure& cfg, SerialLineSettings& line,
                                             PortTexts texts) {
-    ModuleParameterParser objDetail;
-    if (objDetail.parse(cfg.getDetail())) {
-        std::string strInfrared;
-        if (objDetail.getValue("isInfrared", strInfrared))
-            m_nDNDetectSource = static_cast<int>(std::strtol(strInfrared.c_str(), nullptr, 10));
-        else
-            KSLogger::consolePuts("get isInfrared from detail failed");
-    }
+    SerialLineSettings::readInfrared(cfg, m_nDNDetectSource);
     if (!line.read(cfg)) return false;
     m_nUARTPort = m_pUART->open(line.device.c_str());
     if (m_nUARTPort < 0) {

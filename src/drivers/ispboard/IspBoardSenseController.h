@@ -113,6 +113,9 @@ private:
     // The bodies of the public operations, with m_FrameMutex held.
     int exchange(unsigned char* frame, int length, unsigned char* answer, int capacity);
     int exchangeTwice(unsigned char* frame, int length, unsigned char* answer, int capacity);
+    // exchangeTwice on a copy of the caller's frame, into a zeroed answer buffer.
+    int exchangeCopy(const unsigned char* frame, int length, unsigned char* command,
+                     unsigned char (&answer)[AnswerCapacity]);
     int writeFrame(const unsigned char* frame, int length);
     int readFrame(const unsigned char* frame, int length, int& value);
     void drain();

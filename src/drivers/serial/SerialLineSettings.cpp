@@ -1,10 +1,21 @@
 #include "drivers/serial/SerialLineSettings.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "app/ModuleConfigure.h"
 #include "platform/KSLogger.h"
 #include "platform/ModuleParameterParser.h"
+
+void SerialLineSettings::readInfrared(const ModuleConfigure& cfg, int& value) {
+    ModuleParameterParser objDetail;
+    if (!objDetail.parse(cfg.getDetail())) return;
+    std::string strInfrared;
+    if (objDetail.getValue("isInfrared", strInfrared))
+        value = static_cast<int>(std::strtol(strInfrared.c_str(), nullptr, 10));
+    else
+        KSLogger::consolePuts("get isInfrared from detail failed");
+}
 
 bool SerialLineSettings::read(const ModuleConfigure& cfg) {
     ModuleParameterParser objDetail;

@@ -16,6 +16,9 @@ public:
     // failed,nRet=%d") and the settings on success ("RS485(%s) param is
     // (%d,%d,%d,%d)"). A failed scan reports how many numbers it found.
     bool read(const ModuleConfigure& cfg);
+    // The detail's "isInfrared" (decimal) into `value`; "get isInfrared from
+    // detail failed" and `value` untouched when it is missing.
+    static void readInfrared(const ModuleConfigure& cfg, int& value);
 
     std::string device;
     int value[4] = {0, 0, 0, 0};

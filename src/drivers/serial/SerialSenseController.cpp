@@ -38,14 +38,7 @@ bool SerialSenseController::openSerialPort(const ModuleConfigure& cfg) {
     SerialLineSettings line;
     line.missingLineText = m_pszMissingLineText;
     // The device name and the line settings; "isInfrared" from the same detail text.
-    ModuleParameterParser objDetail;
-    if (objDetail.parse(cfg.getDetail())) {
-        std::string strInfrared;
-        if (objDetail.getValue("isInfrared", strInfrared))
-            m_nDNDetectSource = static_cast<int>(std::strtol(strInfrared.c_str(), nullptr, 10));
-        else
-            std::puts("get isInfrared from detail failed");
-    }
+    SerialLineSettings::readInfrared(cfg, m_nDNDetectSource);
     if (!line.read(cfg)) return false;
     m_strDeviceName = line.device;
     m_nBaudrate = line.value[0];
