@@ -31,7 +31,9 @@ struct ViscaParameter {
     // Rows of shape Controller: the operation that codes the row, named by the id
     // that the Sony block cameras' numbering gives it (13 bright, 6 mirror, 57 near
     // light, ...), so that a module with its own numbering reuses the operation;
-    // 0: the row's own id.
+    // 0: the row's own id. The group operations (spot AE position, the 2D and 27
+    // groups, highlight compensation) find their partner values by the Sony ids,
+    // so only tables of that numbering have them.
     int operation = 0;
 
     // The operation of the row (see `operation`).
