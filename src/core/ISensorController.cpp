@@ -283,6 +283,14 @@ int ISensorController::init(int sensorType, const ModuleConfigure& cfg, const Vi
     if (parser.getValue("DNDefault", strDNDefault))
         m_nDNDefault = decimalToInt(strDNDefault);
     KSLogger::consolePrintf("strDNDefault:%s m_nDNDefault(%d)\n", strDNDefault.c_str(), m_nDNDefault);
+    std::string strAntiFlap;
+    if (parser.getValue("DNAntiFlap", strAntiFlap)) {
+        int holdOff = 0, ceiling = 0;
+        if (std::sscanf(strAntiFlap.c_str(), "%d,%d", &holdOff, &ceiling) == 2 && holdOff > 0 && ceiling > 0)
+            setDNAntiFlap(holdOff, ceiling);
+        else
+            InitPrintf("DNAntiFlap(%s) is not HOLDOFF,CEILING in seconds; the guard stays off", strAntiFlap.c_str());
+    }
     if (m_nSensorType != 17) m_SensorStatus = InitSuccess;
     if (!stopPTZ()) InitPrintf("stop PTZ @ISensorController::init failed");
     if (!setSensorVideoSystem(sensorType, res)) InitPrintf("init setSensorVideoSystem failed");

@@ -11,6 +11,7 @@
 #include "app/IUARTController.h"
 #include "app/ModuleConfigure.h"
 #include "app/VideoResolution.h"
+#include "daynight/AntiFlapGuard.h"
 #include "platform/Format.h"
 #include "platform/GThread.h"
 #include "platform/KSDeviceTime.h"
@@ -112,6 +113,11 @@ public:
     int getBaseSensorStatus() const { return m_BaseSensorStatus; }
     int setDNSwitchDelay(int seconds);
     int getDNSwitchDelay(int& seconds);
+    // The anti-flap guard of the automatic day/night mode (module detail key
+    // "DNAntiFlap=HOLDOFF,CEILING", seconds); a hold-off of 0 turns it off.
+    void setDNAntiFlap(int holdOffSeconds, int ceilingSeconds);
+    // The day delay the guard has raised to, 0 when none (or the guard is off).
+    int getDNAntiFlapDelay();
     int getDTNTime_H(int& hour);
     int getDTNTime_M(int& minute);
     int getNTDTime_H(int& hour);
@@ -244,6 +250,9 @@ public:
     int getLastA0() const { return m_nLastA0; }
     int getLastTM() const { return m_nLastTM; }
     int getDayNightState() const { return m_nDayNightState; }
+    // Whether the automatic mode judges by the light-sensor board (and its own
+    // thresholds, ids 32 and 33) rather than by the sensor's scene level.
+    bool judgesByLightBoard() const { return m_nDNDetectSource != 0 && m_bLDRBoard != 0; }
 
     ISensorController(const ISensorController&) = delete;
     ISensorController& operator=(const ISensorController&) = delete;
@@ -266,6 +275,7 @@ protected:
     int m_nDNSwitchDelay = 5;
     double m_dDelayStartTime = 0.0;
     int m_nPendingDNStatus = -1;
+    AntiFlapGuard m_antiFlap;  // under the day/night mutex
     std::atomic<int> m_nCurrentDNStatus{-1};
     unsigned char m_bDNSwitchEnable = 1;
     std::atomic<unsigned char> m_bInitialised{0};  // set after the worker has started

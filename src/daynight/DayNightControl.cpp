@@ -48,6 +48,16 @@ int ISensorController::setDayNightMode(int mode) {
     return 1;
 }
 
+void ISensorController::setDNAntiFlap(int holdOffSeconds, int ceilingSeconds) {
+    KSMutexGuard lock(m_DNMutex);
+    m_antiFlap.configure(holdOffSeconds, ceilingSeconds);
+}
+
+int ISensorController::getDNAntiFlapDelay() {
+    KSMutexGuard lock(m_DNMutex);
+    return m_antiFlap.raisedDelay();
+}
+
 void ISensorController::reInitDelayStartTime() { m_dDelayStartTime = nowSeconds(); }
 
 int ISensorController::DNSwitchHandle() {
@@ -63,12 +73,14 @@ int ISensorController::DNSwitchHandle() {
         m_nCurrentDNStatus = status;
         return 1;
     }
+    const int before = m_nCurrentDNStatus;
     if (status == kDay) {
         if (!enterDayMode()) {
             KSLogger::consolePuts("enterDayMode failed");
             return 0;
         }
         m_nLastDayNightMode = m_nDayNightMode;
+        if (before != kDay && m_nDayNightMode == 0) m_antiFlap.switched(kDay, nowSeconds(), m_nDNSwitchDelay);
         return 1;
     }
     if (status == kNight) {
@@ -77,6 +89,7 @@ int ISensorController::DNSwitchHandle() {
             return 0;
         }
         m_nLastDayNightMode = m_nDayNightMode;
+        if (before != kNight && m_nDayNightMode == 0) m_antiFlap.switched(kNight, nowSeconds(), m_nDNSwitchDelay);
         return 1;
     }
     KSLogger::consolePrintf("=====error!=====nCurrentDNStatus out of range,nCurrentDNStatus=%d\n", status);
@@ -126,7 +139,9 @@ int ISensorController::isTimeToSwitch(int status) {
     // difference is not exact (8.2 - 3.2 < 5): compare in whole microseconds,
     // so that a status that has persisted exactly the delay passes.
     const long long elapsedUs = std::llabs(std::llround((now - m_dDelayStartTime) * 1e6));
-    return elapsedUs >= static_cast<long long>(m_nDNSwitchDelay) * 1000000LL ? 1 : 0;
+    // The anti-flap guard (when on) may ask a day status to persist longer.
+    const int delay = status == kDay ? m_antiFlap.dayDelay(m_nDNSwitchDelay, now) : m_nDNSwitchDelay;
+    return elapsedUs >= static_cast<long long>(delay) * 1000000LL ? 1 : 0;
 }
 
 int ISensorController::getCurrentDNStatus(int& status) {
