@@ -75,6 +75,8 @@ public:
     const SimFrontEnd& frontEnd() const { return *m_pFrontEnd; }
 
 private:
+    friend class ScenarioReplay;  // steps the clock and watches the camera second by second
+
     // Command handlers; each prints its own result or error.
     void cmdHelp(const std::vector<std::string>& args);
     void cmdSet(const std::vector<std::string>& args);

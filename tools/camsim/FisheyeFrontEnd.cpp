@@ -106,6 +106,12 @@ std::string FisheyeFrontEnd::pictureState() const {
     return text;
 }
 
+bool FisheyeFrontEnd::irLampsOn() const {
+    int level = 0;
+    return m_pins.hasLeds && m_pGpio != nullptr && m_pGpio->levelOf(m_pins.ledGroup, m_pins.ledPin, level) &&
+           level != m_pins.ledDayLevel;
+}
+
 std::string FisheyeFrontEnd::describeGpio(int group, int pin, int level) const {
     char buf[96];
     std::snprintf(buf, sizeof(buf), "%d/%d <- %d", group, pin, level);

@@ -32,6 +32,10 @@ public:
     std::string lightText() const override;
     std::string dayNightSource() const override;
     std::string pictureState() const override;
+    bool irLampsOn() const override;
+    void activity(int& gpioWrites, int& ispSets, int& ispReads) const override {
+        gpioWrites = m_nGpioWrites, ispSets = m_nIspSets, ispReads = m_nIspGets;
+    }
     void forget() override;
     void report(const Printer& print) override;
     void printStatus(FILE* out) override;

@@ -54,6 +54,13 @@ public:
     // What the board's pins show of day or night now ("IR-cut filter in, IR LEDs off").
     virtual std::string pictureState() const = 0;
 
+    // Whether the board's infrared lamps are lit now (as their pins show).
+    virtual bool irLampsOn() const { return false; }
+    // The hardware activity counted so far: GPIO writes, ISP commands sent and read.
+    virtual void activity(int& gpioWrites, int& ispSets, int& ispReads) const {
+        gpioWrites = ispSets = ispReads = 0;
+    }
+
     // Forgets the hardware activity so far (no timeline lines for it).
     virtual void forget() = 0;
     // Prints the hardware activity since the previous call, in order.

@@ -17,6 +17,7 @@
 #include "camsim/CamSim.h"
 #include "camsim/CommandLine.h"
 #include "camsim/SimModule.h"
+#include "camsim/ReplayCommand.h"
 #include "platform/PlatformClock.h"
 
 namespace {
@@ -27,6 +28,8 @@ void usage(FILE* o) {
                  "       camsim [options] SCRIPT          run the commands of a script file\n"
                  "       camsim [options] -c \"CMD; CMD\"   run the given commands\n"
                  "       camsim demo [--keep]             a compressed day on the virtual clock\n"
+                 "       camsim replay SCENARIO [--json] [--svg FILE] [--reflection N] [--anti-flap[=H,C]]\n"
+                 "                                        replay a light scenario, report day/night switching\n"
                  "options:\n"
                  "  --root DIR     the camera's files (default ./camroot; created on first run)\n"
                  "  --time HH:MM   device time of day at start (default: the host's local time)\n"
@@ -120,6 +123,7 @@ int runDemo(camsim::CamSim::Options options, bool keep, bool rootGiven) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc >= 2 && std::string(argv[1]) == "replay") return camsim::replayMain(argc - 2, argv + 2);
     camsim::CamSim::Options options;
     std::string commands, script;
     bool haveCommands = false, demo = false, keep = false, rootGiven = false;
