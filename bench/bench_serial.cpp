@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "BenchRoot.h"
+#include "QuietConsole.h"
 #include "IdleDevices.h"
 #include "drivers/serial/CMD8100SenseController.h"
 #include "drivers/serial/CMD8300SenseController.h"
@@ -30,29 +31,6 @@ namespace {
 const unsigned char kGamma[2][6] = {{0x81, 0x01, 0x04, 0x5B, 0x01, 0xFF}, {0x81, 0x01, 0x04, 0x5B, 0x02, 0xFF}};
 const char* kDetail = "RS485=/dev/ttyS1;isInfrared=1";
 
-// Console lines of the library go to /dev/null while a rig exists.
-class QuietStdout {
-public:
-    QuietStdout() {
-        std::fflush(stdout);
-        m_saved = ::dup(STDOUT_FILENO);
-        FILE* devnull = std::fopen("/dev/null", "w");
-        if (devnull != nullptr) {
-            ::dup2(::fileno(devnull), STDOUT_FILENO);
-            std::fclose(devnull);
-        }
-    }
-    ~QuietStdout() {
-        std::fflush(stdout);
-        if (m_saved >= 0) {
-            ::dup2(m_saved, STDOUT_FILENO);
-            ::close(m_saved);
-        }
-    }
-
-private:
-    int m_saved = -1;
-};
 
 int transaction(ISensorController& c, int64_t i) {
     return c.setParameterValue(reinterpret_cast<const char*>(kGamma[i & 1]), 6);
@@ -63,7 +41,7 @@ int transaction(ISensorController& c, int64_t i) {
 // In-process: the module answers at once and its waits run on the virtual clock.
 static void BM_AcknowledgedTransactionInProcess(benchmark::State& state) {
     BenchRoot root;
-    QuietStdout quiet;
+    QuietConsole quiet;
     PlatformClock::useVirtual(1767571200);
     {
         SimViscaModule module;
@@ -91,7 +69,7 @@ template <class Controller>
 void BM_ViscaGroupTransactionInProcess(benchmark::State& state, const char* model, const char* detail,
                                        const char* params) {
     BenchRoot root;
-    QuietStdout quiet;
+    QuietConsole quiet;
     PlatformClock::useVirtual(1767571200);
     {
         SimViscaModule module;
@@ -127,7 +105,7 @@ BENCHMARK(BM_ByteFormTransactionInProcess)->Unit(benchmark::kMicrosecond);
 // Over a pseudo-terminal with the termios port; the module answers at once.
 static void BM_TransactionOverPty(benchmark::State& state) {
     BenchRoot root;
-    QuietStdout quiet;
+    QuietConsole quiet;
     SimViscaModule module;
     const bool paced = state.range(0) != 0;
     module.setReplyDelayMs(paced ? SimViscaModule::FrameMs : 0);
