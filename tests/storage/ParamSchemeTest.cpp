@@ -59,6 +59,25 @@ struct SchemeSetup {
         return r;
     }
 };
+// Runs `writer` on one thread while `other` and the worker's scheme step run in a loop
+// on two more (at least 20 times each, and until the writer is done).
+template <class Writer, class Other>
+void writeWhileOtherAndStepRun(SchemeSetup& s, Writer writer, Other other) {
+    std::atomic<bool> writerDone{false};
+    std::thread w([&] {
+        writer();
+        writerDone = true;
+    });
+    std::thread o([&] {
+        for (int i = 0; i < 20 || !writerDone; ++i) other();
+    });
+    std::thread stepper([&] {
+        for (int i = 0; i < 20 || !writerDone; ++i) s.c.paramSchemeSwitchBody();
+    });
+    w.join();
+    o.join();
+    stepper.join();
+}
 }  // namespace
 
 TEST(ParamSchemeTest, RecordAccessors) {
@@ -398,27 +417,19 @@ TEST(ParamSchemeTest, FlushReloadAndStepOnThreeThreads) {
     ASSERT_EQ(s.c.getCurrentParamSchemeIndex(), 0);
     testing::internal::CaptureStdout();
     constexpr int kRounds = 150;
-    std::atomic<bool> writerDone{false};
     std::atomic<int> setFailures{0}, flushFailures{0};
-    std::thread writer([&] {
-        for (int i = 0; i < kRounds; ++i) {
-            // Toggling the enable flag of the selected scheme makes the step switch schemes.
-            const std::string list = "(1," + std::to_string(i) + ")(500," + std::to_string(i % 2) +
-                                     ")(501,0)(502,0)(503,24)(504,0)";
-            if (s.c.setParameters(list) != 0) ++setFailures;
-            if (s.c.flush() != 0) ++flushFailures;
-        }
-        writerDone = true;
-    });
-    std::thread loader([&] {
-        for (int i = 0; i < 20 || !writerDone; ++i) s.c.loadSchemeParamToMemory();
-    });
-    std::thread stepper([&] {
-        for (int i = 0; i < 20 || !writerDone; ++i) s.c.paramSchemeSwitchBody();
-    });
-    writer.join();
-    loader.join();
-    stepper.join();
+    writeWhileOtherAndStepRun(
+        s,
+        [&] {
+            for (int i = 0; i < kRounds; ++i) {
+                // Toggling the enable flag of the selected scheme makes the step switch schemes.
+                const std::string list = "(1," + std::to_string(i) + ")(500," + std::to_string(i % 2) +
+                                         ")(501,0)(502,0)(503,24)(504,0)";
+                if (s.c.setParameters(list) != 0) ++setFailures;
+                if (s.c.flush() != 0) ++flushFailures;
+            }
+        },
+        [&] { s.c.loadSchemeParamToMemory(); });
     testing::internal::GetCapturedStdout();
     EXPECT_EQ(setFailures.load(), 0);
     EXPECT_EQ(flushFailures.load(), 0);
@@ -444,26 +455,18 @@ TEST(ParamSchemeTest, SchemeFileListRebuiltWhileFlushAndStepUseIt) {
     ASSERT_EQ(s.c.getCurrentParamSchemeIndex(), 0);
     testing::internal::CaptureStdout();
     constexpr int kRounds = 150;
-    std::atomic<bool> writerDone{false};
     std::atomic<int> flushFailures{0}, readFailures{0};
-    std::thread writer([&] {
-        for (int i = 0; i < kRounds; ++i) {
-            s.c.setParameters("(1," + std::to_string(i) + ")(500,1)(501,0)(502,0)(503,24)(504,0)");
-            if (s.c.flush() != 0) ++flushFailures;
-            std::string text;
-            if (!s.c.readParamByScheme(1, text)) ++readFailures;
-        }
-        writerDone = true;
-    });
-    std::thread rebuilder([&] {
-        for (int i = 0; i < 20 || !writerDone; ++i) s.c.initSensorFilesHandler();
-    });
-    std::thread stepper([&] {
-        for (int i = 0; i < 20 || !writerDone; ++i) s.c.paramSchemeSwitchBody();
-    });
-    writer.join();
-    rebuilder.join();
-    stepper.join();
+    writeWhileOtherAndStepRun(
+        s,
+        [&] {
+            for (int i = 0; i < kRounds; ++i) {
+                s.c.setParameters("(1," + std::to_string(i) + ")(500,1)(501,0)(502,0)(503,24)(504,0)");
+                if (s.c.flush() != 0) ++flushFailures;
+                std::string text;
+                if (!s.c.readParamByScheme(1, text)) ++readFailures;
+            }
+        },
+        [&] { s.c.initSensorFilesHandler(); });
     testing::internal::GetCapturedStdout();
     EXPECT_EQ(flushFailures.load(), 0);
     EXPECT_EQ(readFailures.load(), 0);
