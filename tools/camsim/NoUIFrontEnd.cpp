@@ -1,5 +1,6 @@
 #include "camsim/NoUIFrontEnd.h"
 
+#include "camsim/ViscaFrontEnd.h"
 #include "drivers/serial/NoSensorUIController.h"
 
 namespace camsim {
@@ -8,6 +9,8 @@ std::unique_ptr<SimFrontEnd> NoUIFrontEnd::create(const SimModule& row, const Mo
                                                   SimModule::Link link, std::string& problem) {
     std::unique_ptr<NoUIFrontEnd> front(new NoUIFrontEnd(row, link));
     if (!front->openLine(record, problem)) return nullptr;
+    front->m_pBlock = ViscaFrontEnd::blockOf(front->m_line, problem);
+    if (front->m_pBlock == nullptr) return nullptr;
     return std::unique_ptr<SimFrontEnd>(front.release());
 }
 
@@ -18,7 +21,9 @@ std::string NoUIFrontEnd::dayNightSource() const {
 }
 
 void NoUIFrontEnd::printModuleStatus(FILE* o) {
-    std::fprintf(o, "module         no image settings; %s\n", m_line.device().isNight() ? "night" : "day");
+    std::fprintf(o, "module         no image settings; %s\n", m_pBlock->isNight() ? "night" : "day");
 }
+
+std::string NoUIFrontEnd::deviceCounts() const { return ViscaFrontEnd::blockCounts(*m_pBlock); }
 
 }  // namespace camsim

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "camsim/SerialFrontEnd.h"
+#include "visca/SimViscaModule.h"
 
 namespace camsim {
 
@@ -25,6 +26,11 @@ public:
 private:
     NoUIFrontEnd(const SimModule& row, SimModule::Link link) : SerialFrontEnd(row, link) {}
     void printModuleStatus(FILE* out) override;
+    void setModuleNight(bool night) override { m_pBlock->setNight(night); }
+    bool moduleNight() const override { return m_pBlock->isNight(); }
+    std::string deviceCounts() const override;
+
+    SimViscaModule* m_pBlock = nullptr;  // the line's device
 };
 
 }  // namespace camsim

@@ -1,11 +1,35 @@
 #include "camsim/SerialFrontEnd.h"
 
+#include <cctype>
+
 #include "camsim/CommandLine.h"
 #include "core/ISensorController.h"
 
 namespace camsim {
 
-SerialFrontEnd::SerialFrontEnd(const SimModule& row, SimModule::Link link) : m_row(row), m_line(row.viscaModel, link) {}
+SerialFrontEnd::SerialFrontEnd(const SimModule& row, SimModule::Link link) : m_row(row), m_line(row, link) {}
+
+std::string SerialFrontEnd::commandWord(const char* name) {
+    std::string word;
+    const std::string n = name;
+    for (size_t i = 0; i < n.size(); ++i) {
+        const char c = n[i];
+        if (c == '_') {
+            word += '-';
+            continue;
+        }
+        const bool upper = std::isupper(static_cast<unsigned char>(c)) != 0;
+        if (upper && i > 0 && !word.empty() && word.back() != '-') {
+            const bool afterLower = std::islower(static_cast<unsigned char>(n[i - 1])) != 0 ||
+                                    std::isdigit(static_cast<unsigned char>(n[i - 1])) != 0;
+            const bool beforeLower = i + 1 < n.size() && std::islower(static_cast<unsigned char>(n[i + 1])) != 0 &&
+                                     std::isupper(static_cast<unsigned char>(n[i - 1])) != 0;
+            if (afterLower || beforeLower) word += '-';
+        }
+        word += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return word;
+}
 
 std::string SerialFrontEnd::name() const { return std::string(m_row.name) + " module (" + m_row.description + ")"; }
 
@@ -23,9 +47,12 @@ void SerialFrontEnd::detach() {
 }
 
 std::string SerialFrontEnd::schemeValues(int index) const {
-    // Sharpness (0-100), which every serial module takes.
-    static const char* const kValues[] = {"(1,50)", "(1,55)", "(1,60)", "(1,50)"};
-    return index >= 0 && index < 4 ? kValues[index] : "";
+    // One parameter that every serial module takes (sharpness, brightness) at
+    // 50, 55, 60 and 50 % of its range: "(1,50)" for a range of 0-100.
+    static const int kPercent[] = {50, 55, 60, 50};
+    if (index < 0 || index >= 4) return std::string();
+    const int value = m_nSchemeMin + (m_nSchemeMax - m_nSchemeMin) * kPercent[index] / 100;
+    return "(" + std::to_string(m_nSchemeId) + "," + std::to_string(value) + ")";
 }
 
 const char* SerialFrontEnd::parameterName(int id) const {
@@ -46,18 +73,18 @@ bool SerialFrontEnd::parameterId(const std::string& name, int& id) const {
 void SerialFrontEnd::setLight(int percent) {
     m_nLight = percent;
     if (percent < NightBelow)
-        m_line.device().setNight(true);
+        setModuleNight(true);
     else if (percent >= DayFrom)
-        m_line.device().setNight(false);
+        setModuleNight(false);
 }
 
 std::string SerialFrontEnd::lightText() const {
     return std::string("the module switches by itself: night below ") + std::to_string(NightBelow) +
-           " %, day from " + std::to_string(DayFrom) + " %; now " + (m_line.device().isNight() ? "night" : "day");
+           " %, day from " + std::to_string(DayFrom) + " %; now " + (moduleNight() ? "night" : "day");
 }
 
 std::string SerialFrontEnd::pictureState() const {
-    return m_line.device().isNight() ? "module in night mode" : "module in day mode";
+    return moduleNight() ? "module in night mode" : "module in day mode";
 }
 
 void SerialFrontEnd::forget() {
@@ -73,10 +100,10 @@ void SerialFrontEnd::report(const Printer& print) {
 void SerialFrontEnd::printStatus(FILE* o) {
     printModuleStatus(o);
     std::fprintf(o, "light          %d %% (%s)\n", m_nLight, lightText().c_str());
-    m_line.printStatus(o);
+    m_line.printStatus(o, deviceCounts());
 }
 
-void SerialFrontEnd::printSummary(FILE* o) const { m_line.printSummary(o); }
+void SerialFrontEnd::printSummary(FILE* o) const { m_line.printSummary(o, deviceCounts()); }
 
 bool SerialFrontEnd::command(const std::string& cmd, const std::vector<std::string>& args, FILE* o,
                              std::string& error) {

@@ -15,7 +15,8 @@ namespace camsim {
 // What the front ends of modules on the serial line share: the line with its
 // simulated device (SerialLine: fault injection, trace), a GPIO controller that
 // records writes, a device that switches day and night by itself with the
-// light of the scene (night below 30 %, day from 50 %), and the application's
+// light of the scene (night below 30 %, day from 50 %; how the device shows it
+// is the family's: setModuleNight), and the application's
 // way of running a controller that the factory does not build: the front end
 // constructs it and hands it to the manager with setSensorController before
 // init. A module family adds its controller and commands in a subclass.
@@ -37,7 +38,7 @@ public:
     void report(const Printer& print) override;
     void printStatus(FILE* out) override;
     void printSummary(FILE* out) const override;
-    std::string help() const override { return SerialLine::help(); }
+    std::string help() const override { return SerialLine::help(m_bTraceText); }
     bool command(const std::string& cmd, const std::vector<std::string>& args, FILE* out,
                  std::string& error) override;
 
@@ -49,6 +50,40 @@ protected:
     void attachController(SensorControllerManager& manager, ISensorController* controller);
     // The status lines of the module itself, before the line's.
     virtual void printModuleStatus(FILE* out) = 0;
+    // Puts the simulated device in night (or day) mode, as the module does by
+    // itself with the scene's light; whether it is in night mode. By default
+    // the device has no such state and the front end only remembers it.
+    virtual void setModuleNight(bool night) { m_bNight = night; }
+    virtual bool moduleNight() const { return m_bNight; }
+    // What the device took, for the status ("the module took 3 packets,
+    // carried out 2"); empty when it counts nothing.
+    virtual std::string deviceCounts() const { return std::string(); }
+    // The traffic is text (ASCII commands): the trace shows it so.
+    void setTraceText() {
+        m_bTraceText = true;
+        m_line.setTraceText(true);
+    }
+    // A name of a parameter table as a command word: "LowLightChromaSuppress"
+    // -> "low-light-chroma-suppress", "WBMode" -> "wb-mode", "DTNTime_H" -> "dtn-time-h".
+    static std::string commandWord(const char* name);
+    // Names the controller's parameters (m_names) after the rows of its table
+    // (findRow(id) with `name`, ids 0-499), and takes its row "Sharpness" as
+    // the parameter of the sample schemes.
+    template <class Controller>
+    void nameParameters(const Controller& controller) {
+        for (int id = 0; id < 500; ++id)
+            if (const auto* row = controller.findRow(id)) {
+                m_names[id] = commandWord(row->name);
+                if (std::string(row->name) == "Sharpness") setSchemeParameter(id, row->minValue, row->maxValue);
+            }
+    }
+    // The parameter that camsim's sample schemes set (its id and range); a
+    // family sets it from its table in attach (by default id 1, 0-100).
+    void setSchemeParameter(int id, int minValue, int maxValue) {
+        m_nSchemeId = id;
+        m_nSchemeMin = minValue;
+        m_nSchemeMax = maxValue;
+    }
 
     const SimModule& m_row;
     SerialLine m_line;
@@ -58,6 +93,9 @@ protected:
 private:
     SimGPIO* m_pGpio = nullptr;  // owned by the manager's safe pointer
     int m_nLight = 80;
+    bool m_bNight = false;
+    bool m_bTraceText = false;
+    int m_nSchemeId = 1, m_nSchemeMin = 0, m_nSchemeMax = 100;
 };
 
 }  // namespace camsim

@@ -16,8 +16,11 @@
 #include "platform/PlatformClock.h"
 #include "platform/PlatformRoot.h"
 #include "platform/TermiosUARTController.h"
+#include "ascii/SimAsciiModule.h"
+#include "effio/SimEffioProcessor.h"
 #include "line/SimSerialPty.h"
-#include "visca/SimViscaUART.h"
+#include "line/SimSerialUART.h"
+#include "visca/SimViscaModule.h"
 
 namespace camsim {
 namespace {
@@ -60,7 +63,7 @@ private:
     BaudSet m_baudSet;
 };
 
-const char* const kFaultMeaning[SimViscaModule::FaultCount] = {
+const char* const kFaultMeaning[SimSerialDevice::FaultCount] = {
     "the reply is lost",
     "stray bytes come before the reply",
     "the reply comes byte by byte with gaps",
@@ -91,16 +94,38 @@ bool parsePercent(const std::vector<std::string>& words, size_t from, double& p)
 
 }  // namespace
 
-SerialLine::SerialLine(const char* viscaModel, SimModule::Link link)
-    : m_eLink(link), m_pTrace(std::make_shared<SerialTrace>()) {
-    m_device.setProfile(SimViscaModule::profile(viscaModel != nullptr ? viscaModel : ""));
-    if (link == SimModule::Pty) {
+SerialLine::SerialLine(const SimModule& row, SimModule::Link link)
+    : m_strModel(row.deviceModel != nullptr ? row.deviceModel : ""),
+      m_eLink(link),
+      m_pTrace(std::make_shared<SerialTrace>()) {
+    if (row.makeDevice != nullptr) m_pDevice = row.makeDevice(m_strModel.c_str());
+    if (m_pDevice && link == SimModule::Pty) {
         // Over the pseudo-terminal the library's reads wait in host time while
         // the device clock stands: the device answers at once, with no wire time.
-        m_device.setPacing(false);
-        m_device.setReplyDelayMs(0);
+        m_pDevice->setPacing(false);
+        m_pDevice->setReplyDelayMs(0);
     }
 }
+
+std::unique_ptr<SimSerialDevice> SerialLine::viscaBlock(const char* model) {
+    std::unique_ptr<SimViscaModule> device(new SimViscaModule());
+    device->setProfile(SimViscaModule::profile(model));
+    return std::unique_ptr<SimSerialDevice>(device.release());
+}
+
+std::unique_ptr<SimSerialDevice> SerialLine::asciiModule(const char* model) {
+    SimAsciiModule::Profile profile = SimAsciiModule::profile(model);
+    if (profile.registers.empty()) return nullptr;  // not a module it knows
+    std::unique_ptr<SimAsciiModule> device(new SimAsciiModule());
+    device->setProfile(profile);
+    return std::unique_ptr<SimSerialDevice>(device.release());
+}
+
+std::unique_ptr<SimSerialDevice> SerialLine::effioProcessor(const char*) {
+    return std::unique_ptr<SimSerialDevice>(new SimEffioProcessor());
+}
+
+void SerialLine::setTraceText(bool text) { m_pTrace->setText(text); }
 
 SerialLine::~SerialLine() { close(); }
 
@@ -112,9 +137,13 @@ bool SerialLine::open(const ModuleConfigure& record, std::string& problem) {
         // The library reports the record's fault itself; the line still needs a name.
         m_strDevice = "/dev/ttyS1";
     }
+    if (!m_pDevice) {
+        problem = "camsim has no simulated device of the model '" + m_strModel + "' for this module's line";
+        return false;
+    }
     if (m_eLink == SimModule::InProcess) return true;
 
-    m_pPty.reset(new SimSerialPty(m_device, &SerialLine::nowMs));
+    m_pPty.reset(new SimSerialPty(*m_pDevice, &SerialLine::nowMs));
     if (!m_pPty->start()) {
         problem = "no pseudo-terminal could be opened for --serial pty";
         m_pPty.reset();
@@ -148,10 +177,10 @@ bool SerialLine::open(const ModuleConfigure& record, std::string& problem) {
 SafePointer<IUARTController> SerialLine::makePort() {
     if (m_eLink == SimModule::InProcess)
         return SafePointer<IUARTController>(
-            new TracedPort(new SimViscaUART(m_device, m_strDevice), m_pTrace, TracedPort::BaudSet()));
+            new TracedPort(new SimSerialUART(*m_pDevice, m_strDevice), m_pTrace, TracedPort::BaudSet()));
     // The far end reads the slave's settings on its own thread: a new baud holds
     // for the device before the next byte goes out, as on a wire.
-    SimViscaModule* device = &m_device;
+    SimSerialDevice* device = m_pDevice.get();
     return SafePointer<IUARTController>(new TracedPort(new TermiosUARTController(), m_pTrace, [device](int baud) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
         while (device->getLineBaud() != baud && std::chrono::steady_clock::now() < end)
@@ -177,18 +206,20 @@ std::string SerialLine::linkText() const {
            m_strDevice + ", real serial port";
 }
 
-std::string SerialLine::help() {
-    return "  fault drop|noise|split|late|corrupt|silent|full [P% | once]   the module's replies fail so (100 % when\n"
-           "                              no P); fault off; fault (the faults in force)\n"
-           "  trace serial on|off         the serial traffic in hex, each line with the device time\n";
+std::string SerialLine::help(bool text) {
+    return std::string(
+               "  fault drop|noise|split|late|corrupt|silent|full [P% | once]   the module's replies fail so (100 % when\n"
+               "                              no P); fault off; fault (the faults in force)\n") +
+           (text ? "  trace serial on|off         the serial traffic as text, each line with the device time\n"
+                 : "  trace serial on|off         the serial traffic in hex, each line with the device time\n");
 }
 
 std::string SerialLine::faultText() const {
     std::string text;
-    for (int i = 0; i < SimViscaModule::FaultCount; ++i) {
+    for (int i = 0; i < SimSerialDevice::FaultCount; ++i) {
         if (m_probability[i] <= 0) continue;
         if (!text.empty()) text += ", ";
-        text += std::string(SimViscaModule::faultName(static_cast<SimViscaModule::Fault>(i))) + " " +
+        text += std::string(SimSerialDevice::faultName(static_cast<SimSerialDevice::Fault>(i))) + " " +
                 percentText(m_probability[i]);
     }
     return text.empty() ? "none" : text;
@@ -213,29 +244,35 @@ bool SerialLine::command(const std::string& cmd, const std::vector<std::string>&
         return true;
     }
     if (cmd != "fault") return false;
+    if (!m_pDevice) {
+        error = "no simulated device on the line";
+        return true;
+    }
     if (args.empty()) {
         std::fprintf(out, "faults: %s\n", faultText().c_str());
         return true;
     }
     const std::string kind = toLower(args[0]);
     if (kind == "off" && args.size() == 1) {
-        m_device.clearFaults();
+        m_pDevice->clearFaults();
         for (double& p : m_probability) p = 0;
         std::fprintf(out, "ok: no faults; the module answers every packet\n");
         return true;
     }
     int fault = -1;
-    for (int i = 0; i < SimViscaModule::FaultCount; ++i)
-        if (kind == SimViscaModule::faultName(static_cast<SimViscaModule::Fault>(i))) fault = i;
+    for (int i = 0; i < SimSerialDevice::FaultCount; ++i)
+        if (kind == SimSerialDevice::faultName(static_cast<SimSerialDevice::Fault>(i))) fault = i;
     const std::string usage = "usage: fault drop|noise|split|late|corrupt|silent|full [P% | once], fault off";
     if (fault < 0) {
         error = "unknown fault '" + args[0] + "'; " + usage;
         return true;
     }
-    const SimViscaModule::Fault f = static_cast<SimViscaModule::Fault>(fault);
+    const SimSerialDevice::Fault f = static_cast<SimSerialDevice::Fault>(fault);
+    const char* meaning = f == SimSerialDevice::BufferFull && m_pszBusyMeaning != nullptr ? m_pszBusyMeaning
+                                                                                          : kFaultMeaning[fault];
     if (args.size() == 2 && toLower(args[1]) == "once") {
-        m_device.injectOnce(f);
-        std::fprintf(out, "ok: fault %s once: for the next packet %s\n", args[0].c_str(), kFaultMeaning[fault]);
+        m_pDevice->injectOnce(f);
+        std::fprintf(out, "ok: fault %s once: for the next packet %s\n", args[0].c_str(), meaning);
         return true;
     }
     double p = 1.0;
@@ -243,10 +280,10 @@ bool SerialLine::command(const std::string& cmd, const std::vector<std::string>&
         error = "'" + args[1] + "' is no share from 0% to 100%; " + usage;
         return true;
     }
-    m_device.setFaultProbability(f, p);
+    m_pDevice->setFaultProbability(f, p);
     m_probability[fault] = p;
-    std::fprintf(out, "ok: fault %s %s: %s (faults in force: %s)\n", SimViscaModule::faultName(f),
-                 percentText(p).c_str(), kFaultMeaning[fault], faultText().c_str());
+    std::fprintf(out, "ok: fault %s %s: %s (faults in force: %s)\n", SimSerialDevice::faultName(f),
+                 percentText(p).c_str(), meaning, faultText().c_str());
     return true;
 }
 
@@ -256,21 +293,22 @@ void SerialLine::report(const SimFrontEnd::Printer& print) {
     for (const std::string& line : m_pTrace->take()) print("serial", line);
 }
 
-void SerialLine::printStatus(FILE* o) const {
+void SerialLine::printStatus(FILE* o, const std::string& deviceCounts) const {
     long written = 0, read = 0;
     m_pTrace->counts(written, read);
-    std::fprintf(o, "serial line    %s; port %d baud, module %d baud\n", linkText().c_str(), m_device.getLineBaud(),
-                 m_device.getModuleBaud());
+    if (m_pDevice)
+        std::fprintf(o, "serial line    %s; port %d baud, module %d baud\n", linkText().c_str(),
+                     m_pDevice->getLineBaud(), m_pDevice->getModuleBaud());
     std::fprintf(o, "faults         %s; trace %s\n", faultText().c_str(), m_pTrace->enabled() ? "on" : "off");
-    std::fprintf(o, "traffic        %ld bytes written, %ld read; the module took %d packets, carried out %d\n", written,
-                 read, m_device.packetCount(), m_device.commandCount());
+    std::fprintf(o, "traffic        %ld bytes written, %ld read%s%s\n", written, read, deviceCounts.empty() ? "" : "; ",
+                 deviceCounts.c_str());
 }
 
-void SerialLine::printSummary(FILE* o) const {
+void SerialLine::printSummary(FILE* o, const std::string& deviceCounts) const {
     long written = 0, read = 0;
     m_pTrace->counts(written, read);
-    std::fprintf(o, "  serial traffic        %ld bytes written, %ld read, %d packets at the module\n", written, read,
-                 m_device.packetCount());
+    std::fprintf(o, "  serial traffic        %ld bytes written, %ld read%s%s\n", written, read,
+                 deviceCounts.empty() ? "" : ", ", deviceCounts.c_str());
 }
 
 }  // namespace camsim

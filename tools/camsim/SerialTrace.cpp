@@ -16,7 +16,40 @@ std::string hex(const unsigned char* bytes, int length) {
     }
     return text;
 }
+
+std::string quoted(const unsigned char* bytes, int length) {
+    std::string text = "\"";
+    for (int i = 0; i < length; ++i) {
+        const unsigned char b = bytes[i];
+        switch (b) {
+            case '"': text += "\\\""; break;
+            case '\\': text += "\\\\"; break;
+            case '\r': text += "\\r"; break;
+            case '\n': text += "\\n"; break;
+            case '\t': text += "\\t"; break;
+            default:
+                if (b >= 0x20 && b < 0x7F) {
+                    text += static_cast<char>(b);
+                } else {
+                    char code[8];
+                    std::snprintf(code, sizeof(code), "\\x%02X", b);
+                    text += code;
+                }
+        }
+    }
+    return text + "\"";
+}
 }  // namespace
+
+std::string SerialTrace::format(const unsigned char* bytes, int length, bool text) {
+    return text ? quoted(bytes, length) : hex(bytes, length);
+}
+
+void SerialTrace::setText(bool text) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    closeRunLocked();
+    m_bText = text;
+}
 
 std::string SerialTrace::stamp() {
     struct tm now {};
@@ -48,7 +81,8 @@ void SerialTrace::addLocked(const std::string& line) {
 
 void SerialTrace::closeRunLocked() {
     if (m_strRun.empty()) return;
-    addLocked(m_strRunStamp + " <- " + m_strRun);
+    const unsigned char* run = reinterpret_cast<const unsigned char*>(m_strRun.data());
+    addLocked(m_strRunStamp + " <- " + format(run, static_cast<int>(m_strRun.size()), m_bText));
     m_strRun.clear();
 }
 
@@ -57,18 +91,15 @@ void SerialTrace::sent(const unsigned char* bytes, int length) {
     if (length > 0) m_nWritten += length;
     if (!m_bEnabled || length <= 0) return;
     closeRunLocked();
-    addLocked(stamp() + " -> " + hex(bytes, length));
+    addLocked(stamp() + " -> " + format(bytes, length, m_bText));
 }
 
 void SerialTrace::received(const unsigned char* bytes, int length) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (length > 0) m_nRead += length;
     if (!m_bEnabled || length <= 0) return;
-    if (m_strRun.empty())
-        m_strRunStamp = stamp();
-    else
-        m_strRun += ' ';
-    m_strRun += hex(bytes, length);
+    if (m_strRun.empty()) m_strRunStamp = stamp();
+    m_strRun.append(reinterpret_cast<const char*>(bytes), static_cast<size_t>(length));
 }
 
 void SerialTrace::timedOut(int timeoutMs) {

@@ -10,7 +10,9 @@ namespace camsim {
 // time (HH:MM:SS.mmm) at which it happened: "-> 81 01 04 47 ... FF" for the
 // bytes the library wrote, "<- 90 41 FF" for what it read (consecutive reads
 // on one line until the next write), "<- nothing within 300 ms" for a read that
-// got nothing. Called from any thread that uses the port; the lines are taken
+// got nothing. A line of a text protocol shows its traffic as text in double
+// quotes instead (-> ":W011032"), with the quote, the backslash and every byte
+// outside printable ASCII escaped (\r, \n, \t, \x00). Called from any thread that uses the port; the lines are taken
 // by the simulator's thread. Bytes are counted whether tracing is on or not.
 class SerialTrace {
 public:
@@ -18,6 +20,10 @@ public:
     enum { MaxLines = 4000 };
 
     void setEnabled(bool on);
+    // Text rather than hex (see above).
+    void setText(bool text);
+    // The bytes as a trace line shows them: hex, or quoted text.
+    static std::string format(const unsigned char* bytes, int length, bool text);
     bool enabled() const;
     void sent(const unsigned char* bytes, int length);
     void received(const unsigned char* bytes, int length);
@@ -37,7 +43,8 @@ private:
     bool m_bEnabled = false;
     std::vector<std::string> m_lines;
     size_t m_nDropped = 0;
-    std::string m_strRun;  // bytes read since the last write, hex
+    bool m_bText = false;
+    std::string m_strRun;  // bytes read since the last write
     std::string m_strRunStamp;
     long m_nWritten = 0;
     long m_nRead = 0;

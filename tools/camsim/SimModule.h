@@ -5,6 +5,8 @@
 
 #include "app/ModuleConfigure.h"
 
+class SimSerialDevice;
+
 namespace camsim {
 
 class SimFrontEnd;
@@ -21,6 +23,9 @@ struct SimModule {
     // `problem`, when it cannot (no pseudo-terminal to be had, ...).
     using Factory = std::unique_ptr<SimFrontEnd> (*)(const SimModule& row, const ModuleConfigure& record, Link link,
                                                      std::string& problem);
+    // Builds the simulated device at the far end of the line, as the model
+    // `model` of its kind (a profile name); nullptr when it knows no such model.
+    using DeviceFactory = std::unique_ptr<SimSerialDevice> (*)(const char* model);
 
     const char* name;         // the NAME of --module
     const char* description;  // names the module in messages ("Sony FCB-EV7310 zoom block, VISCA")
@@ -30,9 +35,11 @@ struct SimModule {
     const char* detail;
     const char* parameters;
     Factory makeFrontEnd;
-    // The model profile of the simulated VISCA block (SimViscaModule::profile);
-    // nullptr for a module with no VISCA device on its line.
-    const char* viscaModel;
+    // The simulated device on the module's serial line (SerialLine::viscaBlock,
+    // asciiModule, effioProcessor, or a factory of another device kind) and the
+    // model it is built as; nullptr for a module without a serial line.
+    DeviceFactory makeDevice;
+    const char* deviceModel;
     bool serial;  // the module talks over the serial line (--serial applies)
     // The front end's own commands, blank-separated (what its command() runs,
     // and the lens commands of the fisheye board).

@@ -6,15 +6,24 @@
 // tools/camsim, add it to tools/CMakeLists.txt, and add one row below: the
 // name, a description, the module id and sensor type, the module record used
 // when the root's moduleConfig.xml has none of that id, the front end's
-// factory, the model profile of the simulated VISCA block (SimViscaModule::
-// profile; nullptr for a module without one), whether it is a serial module
-// and the names of the front end's own commands. CamSim.cpp needs no change; `help`, the refusals and --module's list
+// factory, the simulated device on its serial line and its model (nullptr,
+// nullptr for a module without a line), whether it is a serial module and the
+// names of the front end's own commands.
+//
+// The device: a SimModule::DeviceFactory builds the simulated device for the
+// row's model name; SerialLine has one per device kind (viscaBlock for a model
+// profile of SimViscaModule, asciiModule for a register file of SimAsciiModule,
+// effioProcessor). A new kind of device (any SimSerialDevice) needs only a
+// function of that signature; its front end reaches it with
+// SerialLine::deviceAs<ItsDevice>(). The line brings fault injection and the
+// trace for every kind, in-process and over the pseudo-terminal. CamSim.cpp needs no change; `help`, the refusals and --module's list
 // of names follow the table.
 #include "camsim/SimModule.h"
 
 #include "camsim/FisheyeFrontEnd.h"
 #include "camsim/NoUIFrontEnd.h"
 #include "camsim/RootSetup.h"
+#include "camsim/SerialLine.h"
 #include "camsim/ViscaFrontEnd.h"
 #include "drivers/serial/FCBEV7310SenseController.h"
 #include "drivers/serial/NoSensorUIController.h"
@@ -35,20 +44,23 @@ const char* const kSerialLine = "RS485=9600,8,1,0";
 const std::vector<SimModule>& SimModule::table() {
     static const std::vector<SimModule> rows = {
         {"fisheye", "fisheye ISP board", 88, 0, kDefaultModuleDetail, kDefaultModuleParameters,
-         &FisheyeFrontEnd::create, nullptr, false, "isp zoom focus lens"},
+         &FisheyeFrontEnd::create, nullptr, nullptr, false, "isp zoom focus lens"},
         {"fcbev7310", "Sony FCB-EV7310 zoom block, VISCA", 73, FCBEV7310SenseController::SensorType, kSerialDetail,
-         kSerialLine, &ViscaFrontEnd::create<FCBEV7310SenseController>, "FCB-EV7310", true,
+         kSerialLine, &ViscaFrontEnd::create<FCBEV7310SenseController>, &SerialLine::viscaBlock, "FCB-EV7310", true,
          "zoom focus iris baud restart fault trace"},
         // The no-UI module's line reads baud, data bits, parity, stop bits; the
         // device answering its day/night inquiry is a VISCA block.
         {"noui", "module without image settings", 99, NoSensorUIController::SensorType, "RS485=/dev/ttyS1",
-         "RS485=9600,8,0,1", &NoUIFrontEnd::create, "FCB-EV7310", true, "fault trace"},
+         "RS485=9600,8,0,1", &NoUIFrontEnd::create, &SerialLine::viscaBlock, "FCB-EV7310", true, "fault trace"},
         {"eh4300", "Sony EH4300 zoom block, VISCA", 74, SONYEH4300SenseController::SensorType, kSerialDetail,
-         kSerialLine, &ViscaFrontEnd::create<SONYEH4300SenseController>, "EH4300", true, "zoom focus iris fault trace"},
+         kSerialLine, &ViscaFrontEnd::create<SONYEH4300SenseController>, &SerialLine::viscaBlock, "EH4300", true,
+         "zoom focus iris fault trace"},
         {"cv7500", "Sony CV7500 zoom block, VISCA", 75, SONYCV7500SenseController::SensorType, kSerialDetail,
-         kSerialLine, &ViscaFrontEnd::create<SONYCV7500SenseController>, "CV7500", true, "zoom focus iris fault trace"},
+         kSerialLine, &ViscaFrontEnd::create<SONYCV7500SenseController>, &SerialLine::viscaBlock, "CV7500", true,
+         "zoom focus iris fault trace"},
         {"ch3310", "Sony CH3310 zoom block, VISCA", 76, SONYCH3310SenseController::SensorType, kSerialDetail,
-         kSerialLine, &ViscaFrontEnd::create<SONYCH3310SenseController>, "CH3310", true, "zoom focus iris fault trace"},
+         kSerialLine, &ViscaFrontEnd::create<SONYCH3310SenseController>, &SerialLine::viscaBlock, "CH3310", true,
+         "zoom focus iris fault trace"},
     };
     return rows;
 }

@@ -1,6 +1,5 @@
 #include "camsim/ViscaFrontEnd.h"
 
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 
@@ -42,30 +41,6 @@ bool parseSpeed(const std::vector<std::string>& args, size_t at, int fallback, i
 
 const int kDefaultSpeed = 3;
 
-// A name of the parameter table as a command word: "LowLightChromaSuppress"
-// -> "low-light-chroma-suppress", "WBMode" -> "wb-mode", "DTNTime_H" -> "dtn-time-h".
-std::string commandWord(const char* name) {
-    std::string word;
-    const std::string n = name;
-    for (size_t i = 0; i < n.size(); ++i) {
-        const char c = n[i];
-        if (c == '_') {
-            word += '-';
-            continue;
-        }
-        const bool upper = std::isupper(static_cast<unsigned char>(c)) != 0;
-        if (upper && i > 0 && !word.empty() && word.back() != '-') {
-            const bool afterLower = std::islower(static_cast<unsigned char>(n[i - 1])) != 0 ||
-                                    std::isdigit(static_cast<unsigned char>(n[i - 1])) != 0;
-            const bool beforeLower = i + 1 < n.size() && std::islower(static_cast<unsigned char>(n[i + 1])) != 0 &&
-                                     std::isupper(static_cast<unsigned char>(n[i - 1])) != 0;
-            if (afterLower || beforeLower) word += '-';
-        }
-        word += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return word;
-}
-
 }  // namespace
 
 std::unique_ptr<SimFrontEnd> ViscaFrontEnd::build(const SimModule& row, const ModuleConfigure& record,
@@ -73,6 +48,8 @@ std::unique_ptr<SimFrontEnd> ViscaFrontEnd::build(const SimModule& row, const Mo
                                                   bool baudAndRestart) {
     std::unique_ptr<ViscaFrontEnd> front(new ViscaFrontEnd(row, link, make, baudAndRestart));
     if (!front->openLine(record, problem)) return nullptr;
+    front->m_pBlock = blockOf(front->m_line, problem);
+    if (front->m_pBlock == nullptr) return nullptr;
     ModuleParameterParser parameters;
     std::string line;
     if (parameters.parse(record.getParameters()) && parameters.getValue("RS485", line))
@@ -80,10 +57,20 @@ std::unique_ptr<SimFrontEnd> ViscaFrontEnd::build(const SimModule& row, const Mo
     return std::unique_ptr<SimFrontEnd>(front.release());
 }
 
+SimViscaModule* ViscaFrontEnd::blockOf(SerialLine& line, std::string& problem) {
+    SimViscaModule* block = line.deviceAs<SimViscaModule>();
+    if (block == nullptr) problem = "the module's line has no simulated VISCA block at its far end";
+    return block;
+}
+
+std::string ViscaFrontEnd::blockCounts(const SimViscaModule& block) {
+    return "the module took " + std::to_string(block.packetCount()) + " packets, carried out " +
+           std::to_string(block.commandCount());
+}
+
 void ViscaFrontEnd::attach(SensorControllerManager& manager) {
     m_pCamera = m_make();
-    for (int id = 1; id < 500; ++id)
-        if (const ViscaParameter* row = m_pCamera->findRow(id)) m_names[id] = commandWord(row->name);
+    nameParameters(*m_pCamera);
     attachController(manager, m_pCamera);
 }
 
@@ -95,7 +82,7 @@ void ViscaFrontEnd::detach() {
 std::string ViscaFrontEnd::dayNightSource() const { return "the block's own day/night state (inquiry 81 09 04 01 FF)"; }
 
 void ViscaFrontEnd::printModuleStatus(FILE* o) {
-    SimViscaModule& d = m_line.device();
+    SimViscaModule& d = *m_pBlock;
     const int64_t now = SerialLine::nowMs();
     const int zoom = d.zoomPosition(now);
     std::fprintf(o, "block          %s, %s; AE mode 0x%02X%s\n", d.modelName().c_str(), d.isNight() ? "night" : "day",

@@ -7,6 +7,7 @@
 #include "camsim/SerialFrontEnd.h"
 #include "drivers/serial/FCBEV7310SenseController.h"
 #include "drivers/serial/ViscaSenseController.h"
+#include "visca/SimViscaModule.h"
 
 namespace camsim {
 
@@ -35,6 +36,16 @@ public:
     bool command(const std::string& cmd, const std::vector<std::string>& args, FILE* out,
                  std::string& error) override;
 
+    // The simulated block of a front end's line (a problem text when the
+    // row's device is no VISCA block), and what it took, for the status.
+    static SimViscaModule* blockOf(SerialLine& line, std::string& problem);
+    static std::string blockCounts(const SimViscaModule& block);
+
+protected:
+    void setModuleNight(bool night) override { m_pBlock->setNight(night); }
+    bool moduleNight() const override { return m_pBlock->isNight(); }
+    std::string deviceCounts() const override { return blockCounts(*m_pBlock); }
+
 private:
     ViscaFrontEnd(const SimModule& row, SimModule::Link link, MakeController make, bool baudAndRestart)
         : SerialFrontEnd(row, link), m_make(make), m_bBaudAndRestart(baudAndRestart) {}
@@ -50,6 +61,7 @@ private:
     bool m_bBaudAndRestart;
     int m_nRecordBaud = 9600;
     ViscaSenseController* m_pCamera = nullptr;  // owned by the manager, between attach and detach
+    SimViscaModule* m_pBlock = nullptr;         // the line's device
 };
 
 }  // namespace camsim
