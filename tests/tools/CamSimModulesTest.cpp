@@ -24,6 +24,9 @@ namespace {
 
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
 
+// camsim's modules, in the order of its table.
+const std::string kModuleNames = "fisheye, fcbev7310, noui, eh4300, cv7500, ch3310, cmd8100, cmd8100old, cmd7300, cmd8300";
+
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 int count(const std::string& text, const std::string& part) {
@@ -214,11 +217,14 @@ TEST_F(CamSimModulesTest, UnknownModuleIsRefusedWithTheNames) {
     CamsimChild::Result r = run("fcb9999", "status");
     SKIP_UNLESS_STARTED(r);
     EXPECT_EQ(2, r.exitCode) << r.output;
-    EXPECT_TRUE(contains(r.output, "camsim: unknown module 'fcb9999'; the modules are fisheye, fcbev7310, noui, "
-                                   "eh4300, cv7500, ch3310"))
+    EXPECT_TRUE(contains(r.output, "camsim: unknown module 'fcb9999'; the modules are " + kModuleNames))
         << r.output;
     struct stat st {};
     EXPECT_NE(0, ::stat(root.c_str(), &st));  // no root made for it
+
+    CamsimChild::Result help = CamsimChild::run({"--help"}, 60);
+    EXPECT_EQ(0, help.exitCode) << help.output;
+    EXPECT_TRUE(contains(help.output, "--module NAME  the front end fitted: " + kModuleNames)) << help.output;
 
     CamsimChild::Result pty = run("fisheye", "status", {"--serial", "pty"});
     EXPECT_EQ(2, pty.exitCode) << pty.output;
@@ -238,7 +244,7 @@ TEST_F(CamSimModulesTest, CommandsOfAnotherModuleAreRefusedNamingTheModule) {
     EXPECT_TRUE(contains(o, "commands of the fcbev7310 module (Sony FCB-EV7310 zoom block, VISCA):")) << o;
     EXPECT_TRUE(contains(o, "  baud | baud N")) << o;
     EXPECT_TRUE(contains(o, "  trace serial on|off")) << o;
-    EXPECT_TRUE(contains(o, "modules (camsim --module NAME): fisheye, fcbev7310, noui, eh4300, cv7500, ch3310")) << o;
+    EXPECT_TRUE(contains(o, "modules (camsim --module NAME): " + kModuleNames)) << o;
 
     CamsimChild::Result fisheye = run("fisheye", "baud 9600; fault silent; frobnicate");
     const std::string& f = fisheye.output;
@@ -282,6 +288,49 @@ TEST_F(CamSimModulesTest, TheOtherBlockCamerasOfTheTableComeUpAndZoom) {
         EXPECT_TRUE(contains(o, "lens           zoom 0x4000 (16384) ratio 1000")) << module << "\n" << o;
         EXPECT_TRUE(contains(o, std::string("front end: ") + module + " module")) << o;
         EXPECT_TRUE(contains(o, "zoom position 0x4000 (16384), ratio 1000")) << module << "\n" << o;
+        ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    }
+}
+
+TEST_F(CamSimModulesTest, TheCMDBlockCamerasComeUpWithTheirKeysAndTakeParametersOnTheBlock) {
+    struct Case {
+        const char* module;
+        const char* model;        // the simulated block's profile, as its status names it
+        const char* startLine;    // the controller's start line with camsim's record
+    };
+    const Case cases[] = {
+        {"cmd8100", "CMD8100",
+         "__CMD8100SenseController::init,ModuleConfigure is(RS485=/dev/ttyS1;isInfrared=0;generation=2,"
+         "RS485=9600,8,1,0)"},
+        {"cmd8100old", "CMD8100_Old",
+         "__CMD8100_OldSenseController::init,ModuleConfigure is(RS485=/dev/ttyS1;isInfrared=0;generation=2,"},
+        {"cmd7300", "CMD7300", "__CMD7300SenseController::init,ModuleConfigure is(RS485=/dev/ttyS1;isInfrared=0,"},
+        {"cmd8300", "CMD8300",
+         "__CMD8300SenseController::init,ModuleConfigure is(RS485=/dev/ttyS1;isInfrared=0,"
+         "RS485=9600,8,1,0;GUIConfigName=camsim)"},
+    };
+    for (const Case& c : cases) {
+        CamsimChild::Result r = run(c.module,
+                                    "status; trace serial on; set exposal-mode 1; trace serial off; status; "
+                                    "zoom to 0x4000; run 2s; zoom; status; quit!",
+                                    {"--verbose"});
+        SKIP_UNLESS_STARTED(r);
+        const std::string& o = r.output;
+        EXPECT_EQ(0, r.exitCode) << c.module << "\n" << o;
+        EXPECT_TRUE(contains(o, std::string("front end: ") + c.module + " module (CMD")) << o;
+        EXPECT_TRUE(contains(o, c.startLine)) << o;
+        EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+        // Full auto at power-on; manual exposure after the set, as the block holds it.
+        const std::string model = c.model;
+        EXPECT_TRUE(contains(after(o, "status"), "block          " + model + ", day; AE mode 0x00\n")) << o;
+        const std::string set = after(o, "set exposal-mode 1");
+        EXPECT_TRUE(contains(set, "ok: exposal-mode=1")) << o;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> 81 01 04 39 03 FF\n"))) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- 90 41 FF"))) << set;
+        EXPECT_TRUE(contains(o.substr(o.find("> trace serial off")), "block          " + model + ", day; AE mode 0x03\n"))
+            << o;
+        EXPECT_TRUE(contains(o, "zoom position 0x4000 (16384), ratio 1000")) << o;
+        EXPECT_TRUE(contains(o, "lens           zoom 0x4000 (16384) ratio 1000")) << o;
         ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
     }
 }

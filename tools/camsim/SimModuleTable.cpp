@@ -25,6 +25,10 @@
 #include "camsim/RootSetup.h"
 #include "camsim/SerialLine.h"
 #include "camsim/ViscaFrontEnd.h"
+#include "drivers/serial/CMD7300SenseController.h"
+#include "drivers/serial/CMD8100SenseController.h"
+#include "drivers/serial/CMD8100_OldSenseController.h"
+#include "drivers/serial/CMD8300SenseController.h"
 #include "drivers/serial/FCBEV7310SenseController.h"
 #include "drivers/serial/NoSensorUIController.h"
 #include "drivers/serial/SONYCH3310SenseController.h"
@@ -38,6 +42,10 @@ namespace {
 const char* const kSerialDetail = "RS485=/dev/ttyS1;isInfrared=0";
 // baud, data bits, stop bits, parity
 const char* const kSerialLine = "RS485=9600,8,1,0";
+// The CMD8100 (either firmware) names its generation in the detail, the CMD8300 the web
+// interface's configuration in the parameters.
+const char* const kCMD8100Detail = "RS485=/dev/ttyS1;isInfrared=0;generation=2";
+const char* const kCMD8300Line = "RS485=9600,8,1,0;GUIConfigName=camsim";
 
 }  // namespace
 
@@ -60,6 +68,19 @@ const std::vector<SimModule>& SimModule::table() {
          "zoom focus iris fault trace"},
         {"ch3310", "Sony CH3310 zoom block, VISCA", 76, SONYCH3310SenseController::SensorType, kSerialDetail,
          kSerialLine, &ViscaFrontEnd::create<SONYCH3310SenseController>, &SerialLine::viscaBlock, "CH3310", true,
+         "zoom focus iris fault trace"},
+        {"cmd8100", "CMD8100 zoom block, VISCA", 77, CMD8100SenseController::SensorType, kCMD8100Detail,
+         kSerialLine, &ViscaFrontEnd::create<CMD8100SenseController>, &SerialLine::viscaBlock, "CMD8100", true,
+         "zoom focus iris fault trace"},
+        {"cmd8100old", "CMD8100 zoom block of the earlier firmware, VISCA", 78,
+         CMD8100_OldSenseController::SensorType, kCMD8100Detail, kSerialLine,
+         &ViscaFrontEnd::create<CMD8100_OldSenseController>, &SerialLine::viscaBlock, "CMD8100_Old", true,
+         "zoom focus iris fault trace"},
+        {"cmd7300", "CMD7300 zoom block, VISCA", 79, CMD7300SenseController::SensorType, kSerialDetail,
+         kSerialLine, &ViscaFrontEnd::create<CMD7300SenseController>, &SerialLine::viscaBlock, "CMD7300", true,
+         "zoom focus iris fault trace"},
+        {"cmd8300", "CMD8300 zoom block, VISCA", 80, CMD8300SenseController::SensorType, kSerialDetail,
+         kCMD8300Line, &ViscaFrontEnd::create<CMD8300SenseController>, &SerialLine::viscaBlock, "CMD8300", true,
          "zoom focus iris fault trace"},
     };
     return rows;
