@@ -1,6 +1,8 @@
 #include "ispboard/SimIspBoard.h"
 
+#include "drivers/ispboard/ITNFrame.h"
 #include "drivers/ispboard/IspBoardFrame.h"
+#include "drivers/ispboard/SeawolfFrame.h"
 
 SimIspBoard::SimIspBoard(const IspBoardTable& table) : m_table(table) { powerOn(); }
 
@@ -25,14 +27,113 @@ void SimIspBoard::receiveLocked(const uint8_t* data, int length, int64_t nowMs) 
         // A frame broken off by a pause is dropped, as a board's receiver does.
         if (!m_inbuf.empty() && at - m_lastByteMs > FrameGapMs) m_inbuf.clear();
         m_lastByteMs = at;
-        if (m_inbuf.empty() && data[i] != IspBoardFrame::Start) continue;  // noise between frames
+        if (m_inbuf.empty() && data[i] != startByte()) continue;  // noise between frames
         m_inbuf.push_back(data[i]);
-        if (m_inbuf.size() < 2) continue;
-        const int need = IspBoardFrame::commandLength(m_inbuf[1]);
-        if (need != 0 && static_cast<int>(m_inbuf.size()) < need) continue;
+        const int need = frameLength();
+        if (need < 0 || static_cast<int>(m_inbuf.size()) < need) continue;
         std::vector<uint8_t> frame;
         frame.swap(m_inbuf);
         handleFrame(frame, at);
+    }
+}
+
+// ---- the board's frame shapes ----
+
+uint8_t SimIspBoard::startByte() const {
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames: return ITNFrame::Start;
+    case IspBoardTable::SeawolfFrames: return SeawolfFrame::Start;
+    default: return IspBoardFrame::Start;
+    }
+}
+
+int SimIspBoard::frameLength() const {
+    const size_t have = m_inbuf.size();
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames: return ITNFrame::Length;
+    case IspBoardTable::SeawolfFrames:
+        if (have < SeawolfFrame::HeadLength) return -1;
+        // A length the board cannot take ends the frame at once: refused as bad.
+        return m_inbuf[2] > SeawolfFrame::MaxDataLength ? static_cast<int>(have)
+                                                        : SeawolfFrame::HeadLength + m_inbuf[2] + 1;
+    default:
+        if (have < 2) return -1;
+        // An unknown operation: the frame ends here and is refused.
+        return IspBoardFrame::commandLength(m_inbuf[1]) == 0 ? static_cast<int>(have)
+                                                             : IspBoardFrame::commandLength(m_inbuf[1]);
+    }
+}
+
+uint8_t SimIspBoard::checksumOf(const std::vector<uint8_t>& f) const {
+    const int n = static_cast<int>(f.size());
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames: return ITNFrame::checksum(f.data(), n);
+    case IspBoardTable::SeawolfFrames: return SeawolfFrame::checksum(f.data(), n);
+    default: return IspBoardFrame::sum(f.data(), n - 1);
+    }
+}
+
+bool SimIspBoard::decode(const std::vector<uint8_t>& f, Command& c) const {
+    const int n = static_cast<int>(f.size());
+    if (n < 4 || checksumOf(f) != f.back()) return false;
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames: {
+        if (f[1] != ITNFrame::Write && f[1] != ITNFrame::Read) return false;
+        c.write = f[1] == ITNFrame::Write;
+        c.address = ITNFrame::address(f.data());
+        const IspBoardTable::Register* reg = m_table.findRegister(c.address);
+        c.width = reg != nullptr ? reg->width : 0;  // the frame carries 16 bits for every register
+        c.value = ITNFrame::value(f.data());
+        return true;
+    }
+    case IspBoardTable::SeawolfFrames:
+        c.write = (f[1] & SeawolfFrame::ReadFlag) == 0;
+        c.address = f[1] & 0x7F;
+        if (c.write == (f[2] == 0)) return false;  // a write carries data, a read none
+        c.width = c.write ? 8 * f[2] : 0;
+        if (!c.write) {
+            const IspBoardTable::Register* reg = m_table.findRegister(c.address);
+            c.width = reg != nullptr ? reg->width : 0;
+        }
+        c.value = SeawolfFrame::value(f.data());
+        return true;
+    default:
+        if (IspBoardFrame::commandLength(f[1]) != n) return false;
+        c.write = f[1] == IspBoardFrame::Write8 || f[1] == IspBoardFrame::Write16;
+        c.address = static_cast<uint16_t>((f[2] << 8) | f[3]);
+        c.width = (f[1] == IspBoardFrame::Write16 || f[1] == IspBoardFrame::Read16) ? 16 : 8;
+        c.value = c.width == 16 ? (f[4] | (f[5] << 8)) : f[4];
+        return true;
+    }
+}
+
+std::vector<uint8_t> SimIspBoard::reply(const std::vector<uint8_t>& f, const Command& c, int value) const {
+    uint8_t b[IspBoardFrame::MaxCommandLength + SeawolfFrame::MaxLength] = {};
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames:
+        return std::vector<uint8_t>(b, b + ITNFrame::build(ITNFrame::AnswerStart, f[1], c.address, value, b));
+    case IspBoardTable::SeawolfFrames:
+        return std::vector<uint8_t>(b, b + SeawolfFrame::build(f[1], c.width / 8, value, b));
+    default:
+        if (c.write) return {5, f[1], f[2], f[3], 0};
+        if (c.width == 16)
+            return {7, f[1], f[2], f[3], static_cast<uint8_t>(value & 0xFF), static_cast<uint8_t>(value >> 8), 0};
+        return {6, f[1], f[2], f[3], static_cast<uint8_t>(value & 0xFF), 0};
+    }
+}
+
+std::vector<uint8_t> SimIspBoard::refusal(const std::vector<uint8_t>& f, uint8_t code) const {
+    uint8_t b[SeawolfFrame::MaxLength] = {};
+    const uint8_t op = f.size() > 1 ? f[1] : 0;
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames: {
+        const uint16_t address = f.size() > 3 ? ITNFrame::address(f.data()) : 0;
+        ITNFrame::build(ITNFrame::AnswerStart, static_cast<uint8_t>(op | ITNFrame::Refused), address, code, b);
+        return std::vector<uint8_t>(b, b + ITNFrame::Length);
+    }
+    case IspBoardTable::SeawolfFrames:
+        return std::vector<uint8_t>(b, b + SeawolfFrame::build(SeawolfFrame::Refused, 1, code, b));
+    default: return {4, static_cast<uint8_t>(op | IspBoardFrame::Refused), code, 0};
     }
 }
 
@@ -44,64 +145,68 @@ void SimIspBoard::handleFrame(const std::vector<uint8_t>& f, int64_t at) {
     if (m_received.size() > 1000) m_received.erase(m_received.begin(), m_received.begin() + 500);
     if (roll(Silent)) return;
     const int64_t replyAt = at + m_replyDelayMs;
-    const uint8_t op = f.size() > 1 ? f[1] : 0;
-    const int n = static_cast<int>(f.size());
-    if (IspBoardFrame::commandLength(op) != n || IspBoardFrame::sum(f.data(), n - 1) != f[static_cast<size_t>(n - 1)]) {
-        refuse(replyAt, op, IspBoardFrame::BadFrame);
+    Command c;
+    if (!decode(f, c)) {
+        refuse(replyAt, f, IspBoardFrame::BadFrame);
         return;
     }
-    const uint16_t address = static_cast<uint16_t>((f[2] << 8) | f[3]);
-    const IspBoardTable::Register* reg = m_table.findRegister(address);
-    const int width = (op == IspBoardFrame::Write16 || op == IspBoardFrame::Read16) ? 16 : 8;
-    if (reg == nullptr || reg->width != width) {
-        refuse(replyAt, op, IspBoardFrame::UnknownRegister);
+    const IspBoardTable::Register* reg = m_table.findRegister(c.address);
+    if (reg == nullptr || reg->width != c.width) {
+        refuse(replyAt, f, IspBoardFrame::UnknownRegister);
         return;
     }
     if (roll(BufferFull)) {
-        refuse(replyAt, op, BusyCode);
+        refuse(replyAt, f, BusyCode);
         return;
     }
-    if (op == IspBoardFrame::Write8 || op == IspBoardFrame::Write16) {
-        const int value = width == 16 ? (f[4] | (f[5] << 8)) : f[4];
+    if (c.write) {
         if (!reg->writable) {
-            refuse(replyAt, op, IspBoardFrame::ReadOnly);
+            refuse(replyAt, f, IspBoardFrame::ReadOnly);
             return;
         }
-        if (value < reg->minValue || value > reg->maxValue) {
-            refuse(replyAt, op, IspBoardFrame::ValueOutOfRange);
+        if (c.value < reg->minValue || c.value > reg->maxValue) {
+            refuse(replyAt, f, IspBoardFrame::ValueOutOfRange);
             return;
         }
-        m_registers[address] = value;
+        m_registers[c.address] = c.value;
         ++m_writes;
-        answer(replyAt, {5, op, f[2], f[3], 0});
-        return;
+    } else {
+        ++m_reads;
     }
-    const int value = m_registers[address];
-    ++m_reads;
-    if (width == 16)
-        answer(replyAt, {7, op, f[2], f[3], static_cast<uint8_t>(value & 0xFF), static_cast<uint8_t>(value >> 8), 0});
-    else
-        answer(replyAt, {6, op, f[2], f[3], static_cast<uint8_t>(value & 0xFF), 0});
+    answer(replyAt, reply(f, c, m_registers[c.address]));
 }
 
-void SimIspBoard::refuse(int64_t at, uint8_t op, uint8_t code) {
+void SimIspBoard::refuse(int64_t at, const std::vector<uint8_t>& f, uint8_t code) {
     ++m_refusals;
-    answer(at, {4, static_cast<uint8_t>(op | IspBoardFrame::Refused), code, 0});
+    answer(at, refusal(f, code));
 }
 
 void SimIspBoard::answer(int64_t at, std::vector<uint8_t> bytes) {
-    if (rollFrame(TooLong)) {
-        // Padded to more than the reader's buffer, count and checksum still right.
-        bytes.pop_back();
-        while (bytes.size() < LongAnswerLength - 1) bytes.push_back(0);
-        bytes[0] = LongAnswerLength;
-        bytes.push_back(0);
-    }
-    bytes.back() = IspBoardFrame::sum(bytes.data(), static_cast<int>(bytes.size()) - 1);
+    if (rollFrame(TooLong)) padTooLong(bytes);
+    bytes.back() = checksumOf(bytes);
     if (rollFrame(WrongChecksum)) bytes.back() = static_cast<uint8_t>(bytes.back() ^ 0x5A);
     if (rollFrame(ShortAnswer)) bytes.resize(bytes.size() > 2 ? bytes.size() - 2 : 1);
     bool dropped = false;
     replyFaulted(at, std::move(bytes), dropped);
+}
+
+void SimIspBoard::padTooLong(std::vector<uint8_t>& bytes) const {
+    switch (m_table.frames) {
+    case IspBoardTable::ITNFrames:
+        // Fixed-length answers: four bytes more than the answer, after it.
+        bytes.insert(bytes.end() - 1, LongAnswerLength - ITNFrame::Length, 0);
+        break;
+    case IspBoardTable::SeawolfFrames:
+        // A data length that makes the answer longer than the reader's buffer.
+        bytes.insert(bytes.end() - 1, LongAnswerLength - bytes.size(), 0);
+        bytes[2] = static_cast<uint8_t>(LongAnswerLength - SeawolfFrame::HeadLength - 1);
+        break;
+    default:
+        // Padded to more than the reader's buffer, count and checksum still right.
+        bytes.insert(bytes.end() - 1, LongAnswerLength - bytes.size(), 0);
+        bytes[0] = LongAnswerLength;
+        break;
+    }
 }
 
 // ---- faults of the answer frame ----

@@ -7,7 +7,10 @@
 #include "line/SimSerialDevice.h"
 
 // A simulated ISP board on a serial line: a register file made from a board's
-// register table (IspBoardTable), driven by the frames of IspBoardFrame.
+// register table (IspBoardTable), driven by the frames that the table names:
+// the family's (IspBoardFrame), the ITN board's (ITNFrame) or the Seawolf
+// board's (SeawolfFrame). What follows is said for the family's frames; the
+// other two answer in their own shapes with the same checks and faults.
 //
 // A frame starts with AA; its operation byte gives its length. A frame with a
 // wrong checksum, an unknown operation, or a pause of more than FrameGapMs in
@@ -47,6 +50,8 @@ public:
     // Every register at its power-on value.
     void powerOn();
     const IspBoardTable& table() const { return m_table; }
+    // The first byte of every command in the frames that the table names.
+    uint8_t startByte() const;
 
     // ---- what happened ----
     int writeCount() const;    // writes carried out
@@ -63,9 +68,25 @@ protected:
     void receiveLocked(const uint8_t* data, int length, int64_t nowMs) override;
 
 private:
+    // A command as the board understood it.
+    struct Command {
+        bool write = false;
+        uint16_t address = 0;
+        int width = 0;  // the register width that the frame implies
+        int value = 0;
+    };
+    // The frame shapes of the table (IspBoardTable::frames).
+    // The length of the frame being received (m_inbuf), -1 while unknown.
+    int frameLength() const;
+    uint8_t checksumOf(const std::vector<uint8_t>& f) const;
+    bool decode(const std::vector<uint8_t>& f, Command& c) const;
+    std::vector<uint8_t> reply(const std::vector<uint8_t>& f, const Command& c, int value) const;
+    std::vector<uint8_t> refusal(const std::vector<uint8_t>& f, uint8_t code) const;
+    void padTooLong(std::vector<uint8_t>& bytes) const;
+
     void handleFrame(const std::vector<uint8_t>& f, int64_t at);
     void answer(int64_t at, std::vector<uint8_t> bytes);
-    void refuse(int64_t at, uint8_t op, uint8_t code);
+    void refuse(int64_t at, const std::vector<uint8_t>& f, uint8_t code);
     bool rollFrame(FrameFault kind);
 
     const IspBoardTable& m_table;

@@ -197,15 +197,25 @@ unsigned char IspBoardSenseController::modifyLowFourBits(unsigned char byte, int
 
 // ---- registers ----
 
+int IspBoardSenseController::writeBoardRegister(const IspBoardTable::Register& reg, int value) {
+    unsigned char frame[IspBoardFrame::MaxCommandLength];
+    const int n = IspBoardFrame::write(reg.address, reg.width, value, frame);
+    return writeFrame(frame, n);
+}
+
+int IspBoardSenseController::readBoardRegister(const IspBoardTable::Register& reg, int& value) {
+    unsigned char frame[IspBoardFrame::MaxCommandLength];
+    const int n = IspBoardFrame::read(reg.address, reg.width, frame);
+    return readFrame(frame, n, value);
+}
+
 int IspBoardSenseController::writeRegisterLocked(uint16_t address, int value) {
     const IspBoardTable::Register* reg = m_table.findRegister(address);
     if (reg == nullptr) {
         KSLogger::consolePrintf("unknown register 0x%04x\n", address);
         return 0;
     }
-    unsigned char frame[IspBoardFrame::MaxCommandLength];
-    int n = IspBoardFrame::write(address, reg->width, value, frame);
-    if (!writeFrame(frame, n)) return 0;
+    if (!writeBoardRegister(*reg, value)) return 0;
     m_registerCache[address] = reg->width == 16 ? (value & 0xFFFF) : (value & 0xFF);
     return 1;
 }
@@ -216,10 +226,8 @@ int IspBoardSenseController::readRegisterLocked(uint16_t address, int& value) {
         KSLogger::consolePrintf("unknown register 0x%04x\n", address);
         return 0;
     }
-    unsigned char frame[IspBoardFrame::MaxCommandLength];
-    int n = IspBoardFrame::read(address, reg->width, frame);
     int v = 0;
-    if (!readFrame(frame, n, v)) return 0;
+    if (!readBoardRegister(*reg, v)) return 0;
     m_registerCache[address] = v;
     value = v;
     return 1;

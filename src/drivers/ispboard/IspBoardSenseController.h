@@ -107,6 +107,14 @@ protected:
     // line, drains it. False, with the reason printed, on failure.
     bool openBoardPort(const ModuleConfigure& cfg, SerialLineSettings& line, PortTexts texts);
 
+    // One register write / read on the line, m_FrameMutex held: 1 when the
+    // board took / gave the value. The family's frames here; a board with a
+    // frame exchange of its own overrides both.
+    virtual int writeBoardRegister(const IspBoardTable::Register& reg, int value);
+    virtual int readBoardRegister(const IspBoardTable::Register& reg, int& value);
+    // recvLeftData with m_FrameMutex held.
+    void drain();
+
     KSMutex m_FrameMutex;  // the frame exchange and m_registerCache
 
 private:
@@ -118,7 +126,6 @@ private:
                      unsigned char (&answer)[AnswerCapacity]);
     int writeFrame(const unsigned char* frame, int length);
     int readFrame(const unsigned char* frame, int length, int& value);
-    void drain();
     int writeRegisterLocked(uint16_t address, int value);
     int readRegisterLocked(uint16_t address, int& value);
     int modifyRegisterLocked(uint16_t address, const std::function<bool(int current, int& next)>& compose);

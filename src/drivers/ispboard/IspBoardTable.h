@@ -37,12 +37,25 @@ struct IspBoardTable {
         const char* failText;   // failed write, "%d" replaced by the value
     };
 
+    // The frames that the board speaks: the family's (IspBoardFrame) or a
+    // board's own (ITNFrame, SeawolfFrame).
+    enum FrameShape { FamilyFrames, ITNFrames, SeawolfFrames };
+
     const char* controllerName;
     const Register* registers;
     size_t registerCount;
     const Parameter* parameters;
     size_t parameterCount;
+    FrameShape frames = FamilyFrames;
 
     const Register* findRegister(uint16_t address) const;
     const Parameter* findParameter(int id) const;
 };
+
+// A parameter row of kind Whole whose texts name the value `name`:
+// "p_n<name>(%d) is out of range" and "set<name> error,value is %d".
+#define ISP_BOARD_ROW(id, address, lo, hi, name)                                                            \
+    {                                                                                                        \
+        id, IspBoardTable::Whole, address, 0, lo, hi, "p_n" name "(%d) is out of range",                     \
+            "set" name " error,value is %d"                                                                  \
+    }

@@ -49,8 +49,7 @@ const IspBoardTable::Register kRegisters[] = {
     {0x013E, 8, "SlowShutter", 0, 0, 1, true},
 };
 
-#define KROW(id, address, lo, hi, name) \
-    {id, IspBoardTable::Whole, address, 0, lo, hi, "p_n" name "(%d) is out of range", "set" name " error,value is %d"}
+#define KROW ISP_BOARD_ROW
 
 const IspBoardTable::Parameter kParameters[] = {
     KROW(1, 0x0101, 0, 100, "Brightness"),

@@ -23,7 +23,7 @@ bool SerialLineSettings::read(const ModuleConfigure& cfg) {
         KSLogger::consolePuts("parse detail failed");
         return false;
     }
-    if (!objDetail.getValue("RS485", device) || device.empty()) {
+    if (!objDetail.getValue(key, device) || device.empty()) {
         KSLogger::consolePuts(missingDeviceText);
         return false;
     }
@@ -33,17 +33,17 @@ bool SerialLineSettings::read(const ModuleConfigure& cfg) {
         return false;
     }
     std::string strLine;
-    if (!objParameters.getValue("RS485", strLine)) {
+    if (!objParameters.getValue(key, strLine)) {
         KSLogger::consolePuts(missingLineText);
         return false;
     }
     int v[4] = {0, 0, 0, 0};
     int nRet = std::sscanf(strLine.c_str(), "%d,%d,%d,%d", &v[0], &v[1], &v[2], &v[3]);
     if (nRet < 4) {
-        KSLogger::consolePrintf("parse RS485 param failed,nRet=%d\n", nRet < 0 ? 0 : nRet);
+        KSLogger::consolePrintf("parse %s param failed,nRet=%d\n", key, nRet < 0 ? 0 : nRet);
         return false;
     }
     for (int i = 0; i < 4; ++i) value[i] = v[i];
-    KSLogger::consolePrintf("RS485(%s) param is (%d,%d,%d,%d)\n", device.c_str(), v[0], v[1], v[2], v[3]);
+    KSLogger::consolePrintf("%s(%s) param is (%d,%d,%d,%d)\n", key, device.c_str(), v[0], v[1], v[2], v[3]);
     return true;
 }

@@ -4,8 +4,8 @@
 class ModuleConfigure;
 
 // The serial line of a camera module as its module record gives it: the device
-// name under the detail key "RS485" and four numbers "%d,%d,%d,%d" under the
-// parameter key "RS485". What the four numbers mean is the caller's: the serial
+// name under the detail key `key` ("RS485" unless the module says otherwise)
+// and four numbers "%d,%d,%d,%d" under the parameter key of the same name. What the four numbers mean is the caller's: the serial
 // module controllers read baud, data bits, stop bits, parity; the controller
 // without sensor UI reads baud, data bits, parity, stop bits.
 class SerialLineSettings {
@@ -26,4 +26,7 @@ public:
     // string has no line settings (the modules differ in how they name them).
     const char* missingDeviceText = "get RS232DeviceName from detail failed";
     const char* missingLineText = "get RS232Parameter from senseParameter failed";
+    // The key of the device in the detail and of the line in the parameters
+    // (also the name in "parse %s param failed" and "%s(%s) param is").
+    const char* key = "RS485";
 };

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -304,41 +303,7 @@ TEST_F(IT1Test, WorkersStartWithTheControllerFollowTheBoardAndStopWithIt) {
 
 TEST_F(IT1Test, ThousandExchangesWithRandomFaultsNeverReportAWrongSuccess) {
     ASSERT_EQ(1, init());
-    for (int k = 0; k < SimSerialDevice::FaultCount; ++k)
-        board.setFaultProbability(static_cast<SimSerialDevice::Fault>(k), 0.03);
-    for (int k = 0; k < SimIspBoard::FrameFaultCount; ++k)
-        board.setFrameFaultProbability(static_cast<SimIspBoard::FrameFault>(k), 0.03);
-    std::mt19937 rng(2024);
-    const IspBoardTable& t = IT1SenseController::boardTable();
-    std::vector<const IspBoardTable::Parameter*> rows;
-    for (size_t i = 0; i < t.parameterCount; ++i)
-        if (t.parameters[i].kind == IspBoardTable::Whole) rows.push_back(&t.parameters[i]);
-    int writes = 0, reads = 0, failures = 0;
-    testing::internal::CaptureStdout();
-    for (int i = 0; i < 1000; ++i) {
-        const IspBoardTable::Parameter& row = *rows[std::uniform_int_distribution<size_t>(0, rows.size() - 1)(rng)];
-        if (rng() & 1) {
-            int value = std::uniform_int_distribution<int>(row.minValue, row.maxValue)(rng);
-            if (ctl->setParameterToSensor(row.id, value) == 1) {
-                ++writes;
-                ASSERT_EQ(value, board.registerValue(row.address)) << "id " << row.id;
-            } else {
-                ++failures;
-            }
-        } else {
-            int value = -1;
-            if (ctl->getParameterFromSensor(row.id, value) == 1) {
-                ++reads;
-                ASSERT_EQ(board.registerValue(row.address), value) << "id " << row.id;
-            } else {
-                ++failures;
-            }
-        }
-    }
-    testing::internal::GetCapturedStdout();
-    EXPECT_GT(writes, 300);
-    EXPECT_GT(reads, 300);
-    EXPECT_GT(failures, 0);
+    expectRandomFaultsNeverReportAWrongSuccess(2024);
 }
 
 TEST_F(IT1Test, GarbageOnTheLineIsNeverTakenForAnAnswer) {
