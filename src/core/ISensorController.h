@@ -116,7 +116,8 @@ public:
     // The anti-flap guard of the automatic day/night mode (module detail key
     // "DNAntiFlap=HOLDOFF,CEILING", seconds); a hold-off of 0 turns it off.
     void setDNAntiFlap(int holdOffSeconds, int ceilingSeconds);
-    // The day delay the guard has raised to, 0 when none (or the guard is off).
+    // The delay the guard asks of a day status that begins right after a switch to
+    // night, 0 when the guard is off.
     int getDNAntiFlapDelay();
     int getDTNTime_H(int& hour);
     int getDTNTime_M(int& minute);

@@ -5,24 +5,41 @@
 void AntiFlapGuard::configure(int holdOffSeconds, int ceilingSeconds) {
     m_nHoldOff = holdOffSeconds > 0 ? holdOffSeconds : 0;
     m_nCeiling = ceilingSeconds > 0 ? ceilingSeconds : 0;
-    m_nRaised = 0;
+    m_nDelay = std::min(kFloorSeconds, m_nCeiling);
     m_bNightSeen = false;
+    m_bDaySeen = false;
+    m_bHolding = false;
+    m_bLastDayHeld = false;
 }
 
-int AntiFlapGuard::dayDelay(int baseDelay, double now) {
-    if (!enabled()) return baseDelay;
-    if (m_nRaised != 0 && now - m_dLastSwitch >= kStableSeconds) m_nRaised = 0;
-    return std::max(baseDelay, m_nRaised);
+int AntiFlapGuard::dayDelay(int baseDelay, double since) {
+    m_bHolding = false;
+    if (!enabled() || !m_bNightSeen || m_bDaySeen) return baseDelay;
+    // A day status that began within the hold-off after the switch to night: the lamps'.
+    const double after = since - m_dLastNight;
+    if (after < 0 || after > m_nHoldOff || m_nDelay <= baseDelay) return baseDelay;
+    m_bHolding = true;
+    return m_nDelay;
 }
 
-void AntiFlapGuard::switched(int state, double now, int baseDelay) {
+void AntiFlapGuard::switched(int state, double now) {
     if (!enabled()) return;
-    if (state == 0) {
-        m_bNightSeen = true;
-        m_dLastNight = now;
-    } else if (m_bNightSeen && now - m_dLastNight <= m_nHoldOff) {
-        const int current = std::max(std::max(baseDelay, 1), m_nRaised);
-        m_nRaised = std::min(std::max(m_nCeiling, baseDelay), current * 2);
+    if (state == 1) {
+        m_bLastDayHeld = m_bHolding;
+        m_bHolding = false;
+        m_bDaySeen = true;
+        m_dLastDay = now;
+        return;
     }
-    m_dLastSwitch = now;
+    if (m_bDaySeen) {
+        if (now - m_dLastDay > m_nHoldOff)
+            m_nDelay = std::min(kFloorSeconds, m_nCeiling);  // that day held: the light was real
+        else if (m_bLastDayHeld)
+            m_nDelay = std::min(m_nCeiling, std::max(m_nDelay, 1) * 2);  // held back, and still flapped
+    }
+    m_bNightSeen = true;
+    m_dLastNight = now;
+    m_bDaySeen = false;
+    m_bHolding = false;
+    m_bLastDayHeld = false;
 }

@@ -80,7 +80,7 @@ int ISensorController::DNSwitchHandle() {
             return 0;
         }
         m_nLastDayNightMode = m_nDayNightMode;
-        if (before != kDay && m_nDayNightMode == 0) m_antiFlap.switched(kDay, nowSeconds(), m_nDNSwitchDelay);
+        if (before != kDay && m_nDayNightMode == 0) m_antiFlap.switched(kDay, nowSeconds());
         return 1;
     }
     if (status == kNight) {
@@ -89,7 +89,7 @@ int ISensorController::DNSwitchHandle() {
             return 0;
         }
         m_nLastDayNightMode = m_nDayNightMode;
-        if (before != kNight && m_nDayNightMode == 0) m_antiFlap.switched(kNight, nowSeconds(), m_nDNSwitchDelay);
+        if (before != kNight && m_nDayNightMode == 0) m_antiFlap.switched(kNight, nowSeconds());
         return 1;
     }
     KSLogger::consolePrintf("=====error!=====nCurrentDNStatus out of range,nCurrentDNStatus=%d\n", status);
@@ -139,8 +139,9 @@ int ISensorController::isTimeToSwitch(int status) {
     // difference is not exact (8.2 - 3.2 < 5): compare in whole microseconds,
     // so that a status that has persisted exactly the delay passes.
     const long long elapsedUs = std::llabs(std::llround((now - m_dDelayStartTime) * 1e6));
-    // The anti-flap guard (when on) may ask a day status to persist longer.
-    const int delay = status == kDay ? m_antiFlap.dayDelay(m_nDNSwitchDelay, now) : m_nDNSwitchDelay;
+    // The anti-flap guard (when on) may ask a day status that began right after a
+    // switch to night to persist longer.
+    const int delay = status == kDay ? m_antiFlap.dayDelay(m_nDNSwitchDelay, m_dDelayStartTime) : m_nDNSwitchDelay;
     return elapsedUs >= static_cast<long long>(delay) * 1000000LL ? 1 : 0;
 }
 

@@ -22,8 +22,8 @@ public:
         int guardCeiling = 0;
     };
     // The guard's parameters when camsim turns it on without values.
-    static constexpr int kDefaultHoldOff = 600;
-    static constexpr int kDefaultCeiling = 1800;
+    static constexpr int kDefaultHoldOff = 60;
+    static constexpr int kDefaultCeiling = 14400;
 
     // Replays on a camera started in a temporary root of its own (removed after).
     // False with `error` when the camera did not come up.
