@@ -417,27 +417,27 @@ TEST_F(ISPParamParseTest, SampleCameraFileParses) {
     ISPParam objOut;
     objParse.getISPParam(objOut);
 
-    // The day/night table is on; the gain table is present but off (the fisheye
-    // board reports no gain).
+    // Both tables are on (the fisheye board reports its gain).
     bool bEnable = false;
     ASSERT_TRUE(objOut.getEnableFlag("DN", bEnable));
     EXPECT_TRUE(bEnable);
     ASSERT_TRUE(objOut.getEnableFlag("GAIN", bEnable));
-    EXPECT_FALSE(bEnable);
+    EXPECT_TRUE(bEnable);
 
-    // Day and night bands of the day/night table.
+    // Day and night bands of the day/night table: sharpening only.
     int nDayEE = 0, nNightEE = 0;
     ASSERT_TRUE(objOut.getParam("DN", "EE", 1, nDayEE));
     ASSERT_TRUE(objOut.getParam("DN", "EE", 0, nNightEE));
     EXPECT_GT(nDayEE, nNightEE);
 
-    // Gain bands cover 0..100 without gaps, each with all four settings, and
-    // edge enhancement falls as the gain rises.
+    // Gain bands cover 0..100 without gaps, each with the three noise settings and no
+    // sharpening (a setting in both tables would be written twice a pass), and the
+    // temporal noise reduction grows as the gain rises (off in the lowest band).
     const std::vector<ISPParamUnit>& vecBands = objOut.tables().at("GAIN");
     ASSERT_GE(vecBands.size(), 3u);
     ASSERT_LE(vecBands.size(), 4u);
     int nExpectedMin = 0;
-    int nLastEE = 1 << 30;
+    int nLastA0 = -2;
     for (const ISPParamUnit& objBand : vecBands) {
         int nMin = 0, nMax = 0, nValue = 0;
         objBand.getMin(nMin);
@@ -445,15 +445,18 @@ TEST_F(ISPParamParseTest, SampleCameraFileParses) {
         EXPECT_EQ(nExpectedMin, nMin) << objBand.name();
         EXPECT_LT(nMin, nMax) << objBand.name();
         nExpectedMin = nMax;
-        for (const char* szName : {"EE", "DC", "A0", "TM"}) {
+        for (const char* szName : {"DC", "A0", "TM"}) {
             EXPECT_TRUE(objBand.getParam(szName, nValue)) << objBand.name() << " " << szName;
         }
-        ASSERT_TRUE(objBand.getParam("EE", nValue));
-        EXPECT_LT(nValue, nLastEE) << objBand.name();
-        nLastEE = nValue;
+        EXPECT_FALSE(objBand.getParam("EE", nValue)) << objBand.name();
+        ASSERT_TRUE(objBand.getParam("A0", nValue));
+        EXPECT_GT(nValue, nLastA0) << objBand.name();
+        nLastA0 = nValue;
     }
     EXPECT_GT(nExpectedMin, 100);
     int nValue = 0;
-    EXPECT_TRUE(objOut.getParam("GAIN", "EE", 0, nValue));
-    EXPECT_TRUE(objOut.getParam("GAIN", "EE", 100, nValue));
+    EXPECT_TRUE(objOut.getParam("GAIN", "A0", 0, nValue));
+    EXPECT_EQ(-1, nValue);
+    EXPECT_TRUE(objOut.getParam("GAIN", "A0", 100, nValue));
+    EXPECT_FALSE(objOut.getParam("DN", "A0", 1, nValue));
 }

@@ -19,6 +19,8 @@ public:
         float sensor = 0;  // what the light sensor read (scene + reflection while the lamps are on)
         signed char state = 1;
         bool lamps = false;
+        short gain = -1;   // the gain the ISP reported (the scenario's gain column), -1 without one
+        short a0 = -100;   // the temporal noise reduction (A0) the gain-indexed ISP table left in force
     };
 
     std::string scenario;

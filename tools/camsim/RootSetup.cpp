@@ -63,14 +63,15 @@ const char* const kIspParamXml =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<config realTimeUpdate=\"0\" time=\"1\">\n"
     "    <DN enable=\"1\">\n"
-    "        <night min=\"0\" max=\"1\">\n"
-    "            <item name=\"EE\" value=\"20\"/>\n"
-    "        </night>\n"
-    "        <day min=\"1\" max=\"2\">\n"
-    "            <item name=\"EE\" value=\"60\"/>\n"
-    "        </day>\n"
+    "        <night min=\"0\" max=\"1\"><item name=\"EE\" value=\"20\"/></night>\n"
+    "        <day min=\"1\" max=\"2\"><item name=\"EE\" value=\"45\"/></day>\n"
     "    </DN>\n"
-    "    <GAIN enable=\"0\"/>\n"
+    "    <GAIN enable=\"1\">\n"
+    "        <low min=\"0\" max=\"24\"><item name=\"A0\" value=\"-1\"/><item name=\"TM\" value=\"-1\"/></low>\n"
+    "        <mid min=\"24\" max=\"48\"><item name=\"A0\" value=\"24\"/><item name=\"TM\" value=\"6\"/></mid>\n"
+    "        <high min=\"48\" max=\"72\"><item name=\"A0\" value=\"40\"/><item name=\"TM\" value=\"10\"/></high>\n"
+    "        <max min=\"72\" max=\"1000\"><item name=\"A0\" value=\"64\"/><item name=\"TM\" value=\"16\"/></max>\n"
+    "    </GAIN>\n"
     "</config>\n";
 
 bool readHostFile(const std::string& path, std::string& out) {

@@ -104,7 +104,11 @@ void ScenarioReplay::replay(CamSim& sim, const Scenario& scenario, const Options
         s.scene = static_cast<float>(scenario.lightAt(t));
         s.sensor = static_cast<float>(std::min(100.0, s.scene + (s.lamps ? r.reflection : 0.0)));
         fe.setLight(static_cast<int>(std::lround(s.sensor)));
-        if (scenario.hasGain()) SimIsp::instance().setValue(KSIA_FIXED_GAIN, static_cast<int>(std::lround(scenario.gainAt(t))));
+        if (scenario.hasGain()) {
+            s.gain = static_cast<short>(std::lround(scenario.gainAt(t)));
+            SimIsp::instance().setValue(KSIA_FIXED_GAIN, s.gain);
+        }
+        s.a0 = static_cast<short>(sim.m_controller->getLastA0());
         if (s.state != prevState) {
             r.transitions.push_back({t, s.state});
             if (wrongSince >= 0) r.latencies.push_back(t - wrongSince);

@@ -154,6 +154,20 @@ TEST_F(FisheyeTest, FailedCommandIsReportedByTheCheckerAndTheDispatcher) {
     EXPECT_NE(std::string::npos, out.find("setBrightness failed\n")) << out;
 }
 
+// The gain-indexed ISP tables look up the gain the ISP reports.
+TEST_F(FisheyeTest, CurrentGainIsTheIspGainRead) {
+    SimIsp::instance().setValue(KSIA_FIXED_GAIN, 57);
+    int gain = -1;
+    EXPECT_EQ(1, cam->getCurrentGain(gain));
+    EXPECT_EQ(57, gain);
+    EXPECT_EQ(1, SimIsp::instance().callCount(KSIA_FIXED_GAIN, KSIA_GET));
+    SimIsp::instance().failCommand(KSIA_FIXED_GAIN, 0x33, 1);
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(0, cam->getCurrentGain(gain));
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    EXPECT_NE(std::string::npos, out.find("CheckKSEWFIResult are failed! errcode:0x33")) << out;
+}
+
 TEST_F(FisheyeTest, CheckKSEWFIResultText) {
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(1, cam->CheckKSEWFIResult(0, "fn", 7));
