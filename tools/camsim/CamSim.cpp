@@ -94,11 +94,57 @@ CamSim::CamSim() = default;
 
 CamSim::~CamSim() { stop(); }
 
-void CamSim::say(const std::string& text) { std::fprintf(out(), "%s\n", printable(text).c_str()); }
+void CamSim::say(const std::string& text) {
+    if (m_pCollect != nullptr) m_pCollect->push_back(text);
+    std::fprintf(out(), "%s\n", printable(text).c_str());
+}
 
 void CamSim::error(const std::string& text) {
     ++m_nErrors;
+    if (m_pCollect != nullptr) m_pCollect->push_back("error: " + text);
     std::fprintf(out(), "error: %s\n", printable(text).c_str());
+}
+
+bool CamSim::run(const std::string& line, std::vector<std::string>& lines, Refusal* refusal) {
+    std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
+    const int before = m_nErrors;
+    m_lastRefusal = Refusal();
+    m_pCollect = &lines;
+    execute(line);
+    m_pCollect = nullptr;
+    if (refusal != nullptr) *refusal = m_lastRefusal;
+    return m_nErrors == before;
+}
+
+bool CamSim::parameterValues(std::map<int, int>& values) {
+    std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
+    if (!m_bStarted) return false;
+    std::string text;
+    const bool ok = m_controller->getAllParameters(text) && SensorParameterParser::parseSensorParameter(text, values);
+    m_capture.take();
+    return ok;
+}
+
+CamSim::Snapshot CamSim::snapshot() {
+    std::lock_guard<std::recursive_mutex> lock(m_clockMutex);
+    Snapshot s;
+    s.deviceTime = deviceTimeText();
+    s.clockMs = PlatformClock::nowMs();
+    if (!m_bStarted) return s;
+    s.dayNight = m_controller->getCurrentDNState();
+    s.dayNightMode = m_controller->getStoredDayNightMode();
+    s.dayNightSource = m_pFrontEnd->dayNightSource();
+    s.picture = m_pFrontEnd->pictureState();
+    s.lamps = m_pFrontEnd->irLampsOn();
+    s.scheme = m_controller->getCurrentParamSchemeIndex();
+    int mode = 0;
+    m_controller->getParamMode(mode);
+    s.schemeAuto = mode != 0;
+    s.light = m_pFrontEnd->light();
+    s.lightText = m_pFrontEnd->lightText();
+    s.unsaved = unsavedText();
+    m_capture.take();
+    return s;
 }
 
 std::string CamSim::unsavedText() const { return describeList(m_unsaved); }
@@ -492,6 +538,8 @@ bool CamSim::applyList(const std::string& list, const std::string& what) {
     text += " refused";
     std::string reason = refusalReason(lines);
     if (!reason.empty()) text += ": " + reason;
+    m_lastRefusal.id = id;
+    m_lastRefusal.reason = reason;
     // The library applies a list in ascending id order and stops at the first
     // value it refuses.
     std::map<int, int> applied, notApplied;

@@ -74,6 +74,40 @@ public:
     const EventMonitor::Totals& totals() const { return m_pMonitor->totals(); }
     const SimFrontEnd& frontEnd() const { return *m_pFrontEnd; }
 
+    // For callers on other threads (camsim serve): each takes the command lock,
+    // so they run one at a time, between the clock's steps and the prompt's commands.
+    //
+    // A parameter refused by a parameter list: its id (0: none) and the library's reason.
+    struct Refusal {
+        int id = 0;
+        std::string reason;
+    };
+    // Runs one command as `execute` does and hands back camsim's lines of it as
+    // well as printing them, and the parameter that the library refused if any;
+    // false when the command failed.
+    bool run(const std::string& line, std::vector<std::string>& lines, Refusal* refusal = nullptr);
+    // Every parameter value in force (getAllParameters); false when the controller gave none.
+    bool parameterValues(std::map<int, int>& values);
+    // What the camera shows of its state now.
+    struct Snapshot {
+        std::string deviceTime;  // "2026-11-23 18:40:00"
+        int64_t clockMs = 0;     // the virtual clock
+        int dayNight = -1;       // 1 day, 0 night
+        int dayNightMode = -1;
+        std::string dayNightSource;
+        std::string picture;     // IR-cut filter and lamps, as the board's pins show them
+        bool lamps = false;
+        int scheme = -1;
+        bool schemeAuto = false;
+        int light = 0;
+        std::string lightText;
+        std::string unsaved;     // values set and not saved, "name=value, ..."
+    };
+    Snapshot snapshot();
+    // The module's name of a parameter id (nullptr: none).
+    const char* parameterName(int id) const;
+    const std::string& moduleName() const { return m_options.module; }
+
 private:
     friend class ScenarioReplay;  // steps the clock and watches the camera second by second
 
@@ -100,9 +134,7 @@ private:
     // refusal naming the module for another module's command.
     void cmdFrontEnd(const std::string& cmd, const std::vector<std::string>& args, const std::string& word);
 
-    // The module's name of a parameter id (nullptr: none); "6 (max-shutter)";
-    // "brightness=50, 6=3"; an id given by number or by name.
-    const char* parameterName(int id) const;
+    // "6 (max-shutter)"; "brightness=50, 6=3"; an id given by number or by name.
     std::string idLabel(int id) const;
     std::string describeList(const std::map<int, int>& values) const;
     bool resolveId(const std::string& word, int& id) const;
@@ -155,6 +187,8 @@ private:
     int m_nLockFd = -1;
     bool m_bFromInput = false;  // commands come from standard input
     bool m_bStopScript = false; // Ctrl-C ended a run of a script
+    std::vector<std::string>* m_pCollect = nullptr;  // where `run` gathers the lines of its command
+    Refusal m_lastRefusal;
     std::thread m_ticker;
     std::atomic<bool> m_bTickerStop{false};
 };

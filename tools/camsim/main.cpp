@@ -18,6 +18,9 @@
 #include "camsim/CommandLine.h"
 #include "camsim/SimModule.h"
 #include "camsim/ReplayCommand.h"
+#ifdef CAMSIM_SERVE
+#include "camsim/CamSimServer.h"
+#endif
 #include "platform/PlatformClock.h"
 
 namespace {
@@ -30,6 +33,11 @@ void usage(FILE* o) {
                  "       camsim demo [--keep]             a compressed day on the virtual clock\n"
                  "       camsim replay SCENARIO [--json] [--svg FILE] [--reflection N] [--anti-flap[=H,C]]\n"
                  "                                        replay a light scenario, report day/night switching\n"
+                 "       camsim [options] serve [--port N] [--listen ADDR]\n"
+                 "                                        the image-settings pages and a JSON API over HTTP\n"
+                 "                                        (default 127.0.0.1 port 8080; port 0: any free port).\n"
+                 "                                        No authentication: a development tool; anyone who\n"
+                 "                                        reaches the address can change and save the settings\n"
                  "options:\n"
                  "  --root DIR     the camera's files (default ./camroot; created on first run)\n"
                  "  --time HH:MM   device time of day at start (default: the host's local time)\n"
@@ -45,6 +53,46 @@ void usage(FILE* o) {
                  "Type 'help' at the prompt for the commands.\n",
                  camsim::SimModule::names().c_str());
 }
+
+#ifdef CAMSIM_SERVE
+// camsim serve: the camera on the clock that follows real time, the server
+// beside it, until SIGINT or SIGTERM.
+int runServe(camsim::CamSim::Options options, const std::string& address, int port) {
+    options.ticker = true;
+    // Every thread started from here on inherits the blocked signals: this
+    // thread takes them with sigwait.
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGINT);
+    sigaddset(&stopSignals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    camsim::CamSim sim;
+    if (!sim.start(options)) return 2;
+    int status = 0;
+    {
+        camsim::CamSimServer server(sim);
+        std::string problem;
+        if (!server.start(address, port, problem)) {
+            std::fprintf(stderr, "camsim serve: %s\n", problem.c_str());
+            status = 2;
+        } else {
+            const std::string host = address.find(':') != std::string::npos ? "[" + address + "]" : address;
+            std::fprintf(sim.out(),
+                         "camsim serve: listening on http://%s:%d/ (no authentication: a development tool; "
+                         "Ctrl-C stops)\n",
+                         host.c_str(), server.port());
+            std::fflush(sim.out());
+            int got = 0;
+            sigwait(&stopSignals, &got);
+            std::fprintf(sim.out(), "camsim serve: stopping\n");
+            server.stop();
+        }
+    }
+    sim.leave();
+    sim.stop();
+    return status;
+}
+#endif
 
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
 
@@ -125,8 +173,9 @@ int runDemo(camsim::CamSim::Options options, bool keep, bool rootGiven) {
 int main(int argc, char** argv) {
     if (argc >= 2 && std::string(argv[1]) == "replay") return camsim::replayMain(argc - 2, argv + 2);
     camsim::CamSim::Options options;
-    std::string commands, script;
-    bool haveCommands = false, demo = false, keep = false, rootGiven = false;
+    std::string commands, script, listen = "127.0.0.1";
+    bool haveCommands = false, demo = false, keep = false, rootGiven = false, serve = false;
+    int port = 8080;
     for (int i = 1; i < argc; ++i) {
         std::string a = argv[i];
         auto next = [&](std::string& into) {
@@ -186,6 +235,17 @@ int main(int argc, char** argv) {
             options.resetRoot = true;
         } else if (a == "--keep") {
             keep = true;
+        } else if (a == "serve" && script.empty() && !demo && !serve) {
+            serve = true;
+        } else if (serve && a == "--port") {
+            std::string v;
+            next(v);
+            if (!camsim::parseInt(v, port) || port < 0 || port > 65535) {
+                std::fprintf(stderr, "camsim: --port wants 0-65535, not '%s'\n", v.c_str());
+                return 2;
+            }
+        } else if (serve && a == "--listen") {
+            next(listen);
         } else if (a == "demo" && script.empty() && !demo) {
             demo = true;
         } else if (!a.empty() && a[0] != '-' && script.empty()) {
@@ -197,6 +257,18 @@ int main(int argc, char** argv) {
         }
     }
     if (demo) return runDemo(options, keep, rootGiven);
+    if (serve) {
+        if (haveCommands || !script.empty() || demo) {
+            std::fprintf(stderr, "camsim: serve takes no script or commands\n");
+            return 2;
+        }
+#ifdef CAMSIM_SERVE
+        return runServe(options, listen, port);
+#else
+        std::fprintf(stderr, "camsim: this build has no serve (cpp-httplib and nlohmann-json were not found)\n");
+        return 2;
+#endif
+    }
 
     std::ifstream file;
     if (!script.empty()) {
