@@ -1,6 +1,6 @@
 # Front door for the usual commands; see README.md.
 PRESET ?= dev
-.PHONY: setup build test demo asan tsan release bench bench-count clean setup-arm test-arm test-armhf test-aarch64 \
+.PHONY: test-web setup build test demo asan tsan release bench bench-count clean setup-arm test-arm test-armhf test-aarch64 \
 	setup-fuzz fuzz-build fuzz fuzz-merge powercut
 
 setup:
@@ -12,6 +12,12 @@ build: setup
 
 test: build
 	@ctest --preset $(PRESET)
+
+# camsim serve in a real browser (tests/web/e2e.mjs): Debian's chromium driven by
+# playwright-core; skipped, with a message, where chromium cannot be installed.
+test-web: build
+	@scripts/setup --web
+	@node tests/web/e2e.mjs build/$(PRESET)/tools/camsim
 
 # The simulator camera's compressed day (tools/camsim, README "Simulator camera").
 demo: build

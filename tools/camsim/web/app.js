@@ -236,6 +236,7 @@ async function refreshStatus() {
     $('status').className = data.dayNight === 'night' ? 'night' : 'day';
     $('status').dataset.daynight = data.dayNight;
     $('status').dataset.clockMs = String(data.clockMs);
+    if (!$('time').value) $('time').value = data.deviceTime.slice(11, 19);
     if (document.activeElement !== $('light')) {
       $('light').value = data.light;
       $('light-value').textContent = data.light;
