@@ -88,6 +88,8 @@ bool CamSimServer::start(const std::string& address, int port, std::string& erro
     httplib::Server& s = *m_pServer;
     s.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
     s.set_keep_alive_timeout(kKeepAliveSeconds);
+    // Small answers go out at once rather than waiting for the peer's acknowledgement.
+    s.set_tcp_nodelay(true);
     s.set_payload_max_length(kMaxBodyBytes);
     routes();
     m_nPort = port == 0 ? s.bind_to_any_port(address) : (s.bind_to_port(address, port) ? port : -1);
