@@ -2,8 +2,8 @@
 
 uint8_t SeawolfFrame::checksum(const uint8_t* frame, int length) {
     unsigned int s = 0;
-    for (int i = 1; i < length - 1; ++i) s += frame[i];
-    return static_cast<uint8_t>(s & 0xFF);
+    for (int i = 0; i < length - 1; ++i) s += frame[i];
+    return static_cast<uint8_t>(~s & 0xFF);
 }
 
 int SeawolfFrame::build(uint8_t command, int dataLength, int value, uint8_t* frame) {

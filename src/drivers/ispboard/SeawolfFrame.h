@@ -10,8 +10,9 @@
 //            FF cmd|80 len d.. cs     a read: the register's value
 //            FF 7F 01 code cs         refused
 //
-// The checksum is the sum modulo 256 of the bytes between the start byte and
-// the checksum.
+// The checksum is the complement of the sum modulo 256 of every byte before
+// it, start byte included: an answer cut short and followed by another one
+// (FF cmd 01 | FF cmd ...) does not pass for a whole answer carrying FF.
 class SeawolfFrame {
 public:
     enum : uint8_t { Start = 0xFF, ReadFlag = 0x80, Refused = 0x7F };
