@@ -187,59 +187,66 @@ protected:
         };
         SensorCache& cache = ctl->getLastValueCache();
         int writes = 0, reads = 0, failures = 0;
+        // The run's texts are not wanted; a failed assertion leaves the run only.
         testing::internal::CaptureStdout();
-        for (int i = 0; i < 1000; ++i) {
-            const IspBoardTable::Parameter& row = *rows[std::uniform_int_distribution<size_t>(0, rows.size() - 1)(rng)];
-            SCOPED_TRACE("exchange " + std::to_string(i) + " id " + std::to_string(row.id));
-            if (rng() & 1) {
-                int cachedBefore = -1, regBefore = -1, cachedValue = -1;
-                const bool hadValue = cache.getSensorValue(row.id, cachedBefore) == 1;
-                const bool hadReg = ctl->cachedRegister(row.address, regBefore);
-                int value = std::uniform_int_distribution<int>(row.minValue, row.maxValue)(rng);
-                // A value the cache does not hold, so that the set reaches the board.
-                if (hadValue && value == cachedBefore) value = value == row.maxValue ? row.minValue : value + 1;
-                if (hadValue && value == cachedBefore) continue;
-                if (ctl->setParameter(row.id, value) == 1) {
-                    ++writes;
-                    ASSERT_EQ(value, field(row, board.registerValue(row.address)));
-                    // Set-only ids (commands) are never cached.
-                    const bool cachedId = ctl->getIdManager().getIdType(row.id) != 3;
-                    ASSERT_EQ(cachedId ? 1 : 0, cache.getSensorValue(row.id, cachedValue));
-                    if (cachedId) {
-                        ASSERT_EQ(value, cachedValue);
-                    }
-                } else {
-                    ++failures;
-                    const bool hasValue = cache.getSensorValue(row.id, cachedValue) == 1;
-                    ASSERT_EQ(hadValue, hasValue);
-                    if (hasValue) {
-                        ASSERT_EQ(cachedBefore, cachedValue);
-                    }
-                    int regAfter = -1;
-                    const bool hasReg = ctl->cachedRegister(row.address, regAfter);
-                    if (row.kind == IspBoardTable::Field) {
-                        // A read before the write may have filled it; never with the refused value.
-                        if (hadReg) {
-                            ASSERT_EQ(regBefore, regAfter);
+        [&] {
+            for (int i = 0; i < 1000; ++i) {
+                const IspBoardTable::Parameter& row =
+                    *rows[std::uniform_int_distribution<size_t>(0, rows.size() - 1)(rng)];
+                SCOPED_TRACE("exchange " + std::to_string(i) + " id " + std::to_string(row.id));
+                if (rng() & 1) {
+                    int cachedBefore = -1, regBefore = -1, cachedValue = -1;
+                    const bool hadValue = cache.getSensorValue(row.id, cachedBefore) == 1;
+                    const bool hadReg = ctl->cachedRegister(row.address, regBefore);
+                    int value = std::uniform_int_distribution<int>(row.minValue, row.maxValue)(rng);
+                    // A value the cache does not hold, so that the set reaches the board.
+                    if (hadValue && value == cachedBefore) value = value == row.maxValue ? row.minValue : value + 1;
+                    if (hadValue && value == cachedBefore) continue;
+                    if (ctl->setParameter(row.id, value) == 1) {
+                        ++writes;
+                        ASSERT_EQ(value, field(row, board.registerValue(row.address)));
+                        // Set-only ids (commands) are never cached.
+                        const bool cachedId = ctl->getIdManager().getIdType(row.id) != 3;
+                        ASSERT_EQ(cachedId ? 1 : 0, cache.getSensorValue(row.id, cachedValue));
+                        if (cachedId) {
+                            ASSERT_EQ(value, cachedValue);
                         }
                     } else {
-                        ASSERT_EQ(hadReg, hasReg);
-                        if (hasReg) {
-                            ASSERT_EQ(regBefore, regAfter);
+                        ++failures;
+                        const bool hasValue = cache.getSensorValue(row.id, cachedValue) == 1;
+                        ASSERT_EQ(hadValue, hasValue);
+                        if (hasValue) {
+                            ASSERT_EQ(cachedBefore, cachedValue);
+                        }
+                        int regAfter = -1;
+                        const bool hasReg = ctl->cachedRegister(row.address, regAfter);
+                        if (row.kind == IspBoardTable::Field) {
+                            // A read before the write may have filled it; never with the refused value.
+                            if (hadReg) {
+                                ASSERT_EQ(regBefore, regAfter);
+                            }
+                        } else {
+                            ASSERT_EQ(hadReg, hasReg);
+                            if (hasReg) {
+                                ASSERT_EQ(regBefore, regAfter);
+                            }
                         }
                     }
-                }
-            } else {
-                int value = -1;
-                if (ctl->getParameterFromSensor(row.id, value) == 1) {
-                    ++reads;
-                    ASSERT_EQ(field(row, board.registerValue(row.address)), value);
                 } else {
-                    ++failures;
+                    int value = -1;
+                    if (ctl->getParameterFromSensor(row.id, value) == 1) {
+                        ++reads;
+                        ASSERT_EQ(field(row, board.registerValue(row.address)), value);
+                    } else {
+                        ++failures;
+                    }
                 }
             }
-        }
-        testing::internal::GetCapturedStdout();
+        }();
+        const std::string out = testing::internal::GetCapturedStdout();
+        // A failure's report went into the captured texts: its end is shown.
+        if (::testing::Test::HasFailure())
+            std::fprintf(stderr, "%s\n", out.substr(out.size() > 4000 ? out.size() - 4000 : 0).c_str());
         board.clearFaults();
         board.clearFrameFaults();
         EXPECT_GT(writes, 250);

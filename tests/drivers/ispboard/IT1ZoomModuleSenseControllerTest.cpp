@@ -119,3 +119,8 @@ TEST_F(IT1ZoomTest, FocusModeAutoFocusAndLensAdjustment) {
     EXPECT_EQ(1, ctl->getLastValueCache().getSensorValue(Z::IdAutoFocus, cached));
     EXPECT_EQ(1, cached);
 }
+
+TEST_F(IT1ZoomTest, ThousandExchangesWithRandomFaultsNeverReportAWrongSuccess) {
+    ASSERT_EQ(1, init());
+    expectRandomFaultsNeverReportAWrongSuccess(81);
+}

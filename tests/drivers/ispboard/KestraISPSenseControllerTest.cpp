@@ -82,3 +82,8 @@ TEST_F(KestraTest, HdrModeAndNoiseReductionModes) {
     EXPECT_NE(std::string::npos, o.find("set auto NR failed : current NR mode is manual")) << o;
     EXPECT_EQ(3, board.registerValue(K::RegAutoNrLevel));
 }
+
+TEST_F(KestraTest, ThousandExchangesWithRandomFaultsNeverReportAWrongSuccess) {
+    ASSERT_EQ(1, init());
+    expectRandomFaultsNeverReportAWrongSuccess(84);
+}
