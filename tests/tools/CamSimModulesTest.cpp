@@ -25,7 +25,9 @@ namespace {
 int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
 
 // camsim's modules, in the order of its table.
-const std::string kModuleNames = "fisheye, fcbev7310, noui, eh4300, cv7500, ch3310, cmd8100, cmd8100old, cmd7300, cmd8300";
+const std::string kModuleNames =
+    "fisheye, fcbev7310, noui, eh4300, cv7500, ch3310, cmd8100, cmd8100old, cmd7300, cmd8300, hitachi, hitachicompat, "
+    "sc110nc, cmd7200";
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
@@ -333,6 +335,132 @@ TEST_F(CamSimModulesTest, TheCMDBlockCamerasComeUpWithTheirKeysAndTakeParameters
         EXPECT_TRUE(contains(o, "lens           zoom 0x4000 (16384) ratio 1000")) << o;
         ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
     }
+}
+
+TEST_F(CamSimModulesTest, TheAsciiRegisterModulesComeUpAndTakeParametersInTheirRegisters) {
+    struct Case {
+        const char* module;
+        const char* controller;  // its start line's class name
+        const char* brightness;  // the register of brightness (id 1)
+    };
+    const Case cases[] = {{"hitachi", "HitachSenseController", "0110"},
+                          {"hitachicompat", "HitachCompatSenseController", "0110"},
+                          {"sc110nc", "SC110N_CSenseController", "FC10"},
+                          {"cmd7200", "CMD7200SenseController", "0200"}};
+    for (const Case& c : cases) {
+        const std::string reg = c.brightness;
+        CamsimChild::Result r = run(c.module,
+                                    "register " + reg + "; trace serial on; set brightness 60; trace serial off; "
+                                    "register " + reg + "; status; register 12345; quit!",
+                                    {"--verbose"});
+        SKIP_UNLESS_STARTED(r);
+        const std::string& o = r.output;
+        EXPECT_EQ(1, r.exitCode) << c.module << "\n" << o;  // the refused register
+        EXPECT_TRUE(contains(o, std::string("front end: ") + c.module + " module (")) << o;
+        EXPECT_TRUE(contains(o, std::string("__") + c.controller + "::init,ModuleConfigure is(RS485=/dev/ttyS1;")) << o;
+        EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+        // The module's register before and after the set, as the simulated module holds it.
+        const std::string before = after(o, "register " + reg);
+        EXPECT_TRUE(contains(before, "register " + reg + " = 0x")) << o;
+        EXPECT_FALSE(contains(before, "(60)")) << o;
+        EXPECT_TRUE(contains(o.substr(o.find("> trace serial off")), "register " + reg + " = 0x3C (60)")) << o;
+        // The command and its echo as text.
+        const std::string set = after(o, "set brightness 60");
+        EXPECT_TRUE(contains(set, "ok: brightness=60")) << o;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> \":W" + reg + "3C\"\n"))) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- \":W" + reg + "3C\"\n"))) << set;
+        EXPECT_TRUE(std::regex_search(o, std::regex("the module took \\d+ commands, carried out \\d+"))) << o;
+        EXPECT_TRUE(contains(o, "error: usage: register ADDR")) << o;
+        ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    }
+}
+
+TEST_F(CamSimModulesTest, AsciiModulesOfferTheLensCommandsOfTheirTables) {
+    CamsimChild::Result r = run("sc110nc", "zoom wide; register FD00; zoom stop; register FD00; focus far; "
+                                           "register FD01; status; help; iris open; zoom sideways");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "ok: zoom wide")) << o;
+    EXPECT_TRUE(contains(o, "register FD00 = 0x02 (2)")) << o;
+    EXPECT_TRUE(contains(o, "register FD00 = 0x00 (0)")) << o;
+    EXPECT_TRUE(contains(o, "register FD01 = 0x02 (2)")) << o;
+    EXPECT_TRUE(contains(o, "lens           zoom FD00 = 0x00, focus FD01 = 0x02, focus onepush FD02 = 0x01")) << o;
+    EXPECT_TRUE(contains(o, "  zoom tele|wide|stop")) << o;
+    EXPECT_TRUE(contains(o, "  focus near|far|stop|onepush")) << o;
+    EXPECT_TRUE(contains(o, "has no 'iris' command")) << o;
+    EXPECT_TRUE(contains(o, "error: usage: zoom tele|wide|stop")) << o;
+
+    ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    CamsimChild::Result compat = run("hitachicompat", "iris close; register 0174; iris open; register 0174; zoom tele");
+    const std::string& c = compat.output;
+    EXPECT_EQ(1, compat.exitCode) << c;
+    EXPECT_TRUE(contains(c, "ok: iris close\n")) << c;
+    EXPECT_TRUE(contains(c, "register 0174 = 0x02 (2)")) << c;
+    EXPECT_TRUE(contains(c, "register 0174 = 0x01 (1)")) << c;
+    EXPECT_TRUE(contains(c, "has no 'zoom' command")) << c;
+}
+
+TEST_F(CamSimModulesTest, AsciiModulesWithAStatusRegisterFollowTheLightOthersDoNot) {
+    CamsimChild::Result r = run("hitachi", "light 10; run 3s; status; light 90; run 10s");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(0, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "daynight NIGHT")) << o;
+    EXPECT_TRUE(contains(o, "module         Hitach register module, night (status register 0F00 = 0x0001)")) << o;
+    EXPECT_TRUE(contains(o.substr(o.find("> light 90")), "daynight DAY")) << o;
+
+    ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    CamsimChild::Result cmd = run("cmd7200", "light 10; run 3s; status");
+    const std::string& c = cmd.output;
+    EXPECT_EQ(0, cmd.exitCode) << c;
+    EXPECT_FALSE(contains(c, "daynight NIGHT")) << c;
+    EXPECT_TRUE(contains(c, "module         CMD7200 register module, no day/night state")) << c;
+    EXPECT_TRUE(contains(c, "the board's day/night input (isInfrared=1)")) << c;
+}
+
+TEST_F(CamSimModulesTest, AsciiFaultsFailTheWriteAndFaultOffRecovers) {
+    CamsimChild::Result r = run("hitachi", "set brightness 60; trace serial on; fault silent; set brightness 61; "
+                                           "fault off; fault full; set brightness 62; register 0110; fault off; "
+                                           "set brightness 63; register 0110");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    // Silence: three attempts, each with its time-out.
+    const std::string silent = after(o, "set brightness 61");
+    EXPECT_TRUE(contains(silent, "error: parameter 1 (brightness) = 61 refused: setBrightness error,value is 61 after "
+                                 "===recv(3 times) @sendData failed"))
+        << o;
+    EXPECT_EQ(3, count(silent, "-> \":W01103D\"")) << silent;
+    EXPECT_EQ(0, count(silent, "<- \":W01103D\"")) << silent;
+    // Busy: every command is ignored, the module keeps its value.
+    EXPECT_TRUE(contains(o, "ok: fault full 100 %: the module is busy and ignores the command")) << o;
+    const std::string busy = after(o, "set brightness 62");
+    EXPECT_TRUE(contains(busy, "setBrightness error,value is 62")) << busy;
+    EXPECT_EQ(3, count(busy, "-> \":W01103E\"")) << busy;
+    EXPECT_TRUE(contains(after(o, "register 0110"), "register 0110 = 0x3C (60)")) << o;
+    EXPECT_TRUE(contains(after(o, "set brightness 63"), "ok: brightness=63")) << o;
+    EXPECT_TRUE(contains(o, "register 0110 = 0x3F (63)")) << o;
+}
+
+TEST_F(CamSimModulesTest, AsciiModuleOverThePseudoTerminal) {
+    CamsimChild::Result r = run("hitachi", "trace serial on; set brightness 60; fault corrupt once; set contrast 70; "
+                                           "register 0110; register 0111; status; quit!",
+                                {"--serial", "pty"});
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
+    EXPECT_EQ(0, r.exitCode) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> \":W01103C\"\n"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- \":W01103C\"\n"))) << o;
+    // A changed byte of the echo: the write goes again.
+    const std::string corrupt = after(o, "set contrast 70");
+    EXPECT_TRUE(contains(corrupt, "ok: contrast=70")) << corrupt;
+    EXPECT_EQ(2, count(corrupt, "-> \":W011146\"")) << corrupt;
+    EXPECT_EQ(1, count(corrupt, "<- \":W011146\"")) << corrupt;
+    EXPECT_TRUE(contains(o, "register 0110 = 0x3C (60)")) << o;
+    EXPECT_TRUE(contains(o, "register 0111 = 0x46 (70)")) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1"))) << o;
 }
 
 }  // namespace

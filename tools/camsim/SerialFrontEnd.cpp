@@ -72,6 +72,7 @@ bool SerialFrontEnd::parameterId(const std::string& name, int& id) const {
 
 void SerialFrontEnd::setLight(int percent) {
     m_nLight = percent;
+    if (!reportsDayNight()) return;
     if (percent < NightBelow)
         setModuleNight(true);
     else if (percent >= DayFrom)
@@ -79,11 +80,13 @@ void SerialFrontEnd::setLight(int percent) {
 }
 
 std::string SerialFrontEnd::lightText() const {
+    if (!reportsDayNight()) return "the module does not see it: it has no day/night state on the line";
     return std::string("the module switches by itself: night below ") + std::to_string(NightBelow) +
            " %, day from " + std::to_string(DayFrom) + " %; now " + (moduleNight() ? "night" : "day");
 }
 
 std::string SerialFrontEnd::pictureState() const {
+    if (!reportsDayNight()) return "module without day/night state";
     return moduleNight() ? "module in night mode" : "module in day mode";
 }
 

@@ -16,7 +16,8 @@ namespace camsim {
 // simulated device (SerialLine: fault injection, trace), a GPIO controller that
 // records writes, a device that switches day and night by itself with the
 // light of the scene (night below 30 %, day from 50 %; how the device shows it
-// is the family's: setModuleNight), and the application's
+// is the family's: setModuleNight; a device without such a state ignores the
+// light), and the application's
 // way of running a controller that the factory does not build: the front end
 // constructs it and hands it to the manager with setSensorController before
 // init. A module family adds its controller and commands in a subclass.
@@ -50,11 +51,13 @@ protected:
     void attachController(SensorControllerManager& manager, ISensorController* controller);
     // The status lines of the module itself, before the line's.
     virtual void printModuleStatus(FILE* out) = 0;
+    // Whether the device has a day/night state of its own that the
+    // controller reads over the line (the light switches it).
+    virtual bool reportsDayNight() const { return true; }
     // Puts the simulated device in night (or day) mode, as the module does by
-    // itself with the scene's light; whether it is in night mode. By default
-    // the device has no such state and the front end only remembers it.
-    virtual void setModuleNight(bool night) { m_bNight = night; }
-    virtual bool moduleNight() const { return m_bNight; }
+    // itself with the scene's light; whether it is in night mode.
+    virtual void setModuleNight(bool night) = 0;
+    virtual bool moduleNight() const = 0;
     // What the device took, for the status ("the module took 3 packets,
     // carried out 2"); empty when it counts nothing.
     virtual std::string deviceCounts() const { return std::string(); }
@@ -93,7 +96,6 @@ protected:
 private:
     SimGPIO* m_pGpio = nullptr;  // owned by the manager's safe pointer
     int m_nLight = 80;
-    bool m_bNight = false;
     bool m_bTraceText = false;
     int m_nSchemeId = 1, m_nSchemeMin = 0, m_nSchemeMax = 100;
 };

@@ -20,17 +20,22 @@
 // of names follow the table.
 #include "camsim/SimModule.h"
 
+#include "camsim/AsciiFrontEnd.h"
 #include "camsim/FisheyeFrontEnd.h"
 #include "camsim/NoUIFrontEnd.h"
 #include "camsim/RootSetup.h"
 #include "camsim/SerialLine.h"
 #include "camsim/ViscaFrontEnd.h"
+#include "drivers/serial/CMD7200SenseController.h"
 #include "drivers/serial/CMD7300SenseController.h"
 #include "drivers/serial/CMD8100SenseController.h"
 #include "drivers/serial/CMD8100_OldSenseController.h"
 #include "drivers/serial/CMD8300SenseController.h"
 #include "drivers/serial/FCBEV7310SenseController.h"
+#include "drivers/serial/HitachCompatSenseController.h"
+#include "drivers/serial/HitachSenseController.h"
 #include "drivers/serial/NoSensorUIController.h"
+#include "drivers/serial/SC110N_CSenseController.h"
 #include "drivers/serial/SONYCH3310SenseController.h"
 #include "drivers/serial/SONYCV7500SenseController.h"
 #include "drivers/serial/SONYEH4300SenseController.h"
@@ -46,6 +51,11 @@ const char* const kSerialLine = "RS485=9600,8,1,0";
 // interface's configuration in the parameters.
 const char* const kCMD8100Detail = "RS485=/dev/ttyS1;isInfrared=0;generation=2";
 const char* const kCMD8300Line = "RS485=9600,8,1,0;GUIConfigName=camsim";
+// The Hitachi modules say whether they are of the third generation.
+const char* const kHitachDetail = "RS485=/dev/ttyS1;isInfrared=0;isThridGeneration=0";
+// A module that reports no day/night state on the line: day and night come
+// from the board's input (isInfrared=1), which camsim's GPIO holds at day.
+const char* const kBoardDayNightDetail = "RS485=/dev/ttyS1;isInfrared=1";
 
 }  // namespace
 
@@ -82,6 +92,21 @@ const std::vector<SimModule>& SimModule::table() {
         {"cmd8300", "CMD8300 zoom block, VISCA", 80, CMD8300SenseController::SensorType, kSerialDetail,
          kCMD8300Line, &ViscaFrontEnd::create<CMD8300SenseController>, &SerialLine::viscaBlock, "CMD8300", true,
          "zoom focus iris fault trace"},
+        // The ASCII register modules; those with a status register show day and
+        // night in its bit 0.
+        {"hitachi", "Hitachi block camera, ASCII registers", 81, HitachSenseController::SensorType, kHitachDetail,
+         kSerialLine, &AsciiFrontEnd::create<HitachSenseController, HitachSenseController::StatusRegister>,
+         &SerialLine::asciiModule, "Hitach", true, "register fault trace"},
+        {"hitachicompat", "Hitachi-compatible block camera, ASCII registers", 82,
+         HitachCompatSenseController::SensorType, kHitachDetail, kSerialLine,
+         &AsciiFrontEnd::create<HitachCompatSenseController, HitachSenseController::StatusRegister>,
+         &SerialLine::asciiModule, "HitachCompat", true, "iris register fault trace"},
+        {"sc110nc", "SC110N-C camera, ASCII registers", 83, SC110N_CSenseController::SensorType, kSerialDetail,
+         kSerialLine, &AsciiFrontEnd::create<SC110N_CSenseController, SC110N_CSenseController::StatusRegister>,
+         &SerialLine::asciiModule, "SC110N-C", true, "zoom focus register fault trace"},
+        {"cmd7200", "CMD7200 camera, ASCII registers", 84, CMD7200SenseController::SensorType, kBoardDayNightDetail,
+         kSerialLine, &AsciiFrontEnd::create<CMD7200SenseController>, &SerialLine::asciiModule, "CMD7200", true,
+         "register fault trace"},
     };
     return rows;
 }
