@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include "core/SensorTypes.h"
 #include "core/ISensorController.h"
 
 class AdcReader;
@@ -16,7 +17,7 @@ class AdcReader;
 class S2FisheyeSenseController : public ISensorController {
 public:
     enum {
-        SensorType = 88,
+        SensorType = SensorTypes::S2Fisheye,
         ConfigVersion = 0,
         ConfigVersion2 = 3,
         LastParameterId = 56,

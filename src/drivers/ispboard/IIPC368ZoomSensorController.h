@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "core/SensorTypes.h"
 #include "drivers/ispboard/IT1ZoomModuleSenseController.h"
 
 // The zoom board with privacy masks: the IT1 zoom board (same ids and lens)
@@ -10,7 +11,7 @@
 // shows it. Every mask register goes out through KSSendParam.
 class IIPC368ZoomSensorController : public IT1ZoomModuleSenseController {
 public:
-    enum { SensorType = 85, MaskCount = 8, MaskWidthStep = 8, MaskHeightStep = 4, MaxMaskX = 1920, MaxMaskY = 1080 };
+    enum { SensorType = SensorTypes::IIPC368Zoom, MaskCount = 8, MaskWidthStep = 8, MaskHeightStep = 4, MaxMaskX = 1920, MaxMaskY = 1080 };
     enum : uint16_t {
         RegMaskEnable = 0x00A0,  // bit n shows mask n
         RegMaskRegion = 0x00B0   // mask n: x, y, width, height at RegMaskRegion + 4n + 0..3

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "core/SensorTypes.h"
 #include "drivers/ispboard/IBaseIT1SenseController.h"
 
 // The IT1 board with a zoom lens: the family base with the lens registers
@@ -9,7 +10,7 @@
 // comes from the detail key "RS485" with the zoom board's own texts.
 class IT1ZoomModuleSenseController : public IBaseIT1SenseController {
 public:
-    enum { SensorType = 81, MaxZoom = 1000, MaxFocus = 1023 };
+    enum { SensorType = SensorTypes::IT1ZoomModule, MaxZoom = 1000, MaxFocus = 1023 };
     enum : uint16_t {
         RegLensCommand = 0x0090,  // 0 stop, 1 zoom in, 2 zoom out, 3 focus far, 4 focus near
         RegAutoFocus = 0x0091,    // 1 on

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "core/SensorTypes.h"
 #include "drivers/ispboard/ITNFrame.h"
 #include "drivers/ispboard/IspBoardSenseController.h"
 
@@ -12,7 +13,7 @@
 // ITNSenseController::boardTable, docs/ispboard.md.
 class ITNSenseController : public IspBoardSenseController {
 public:
-    enum { SensorType = 86, AnswerLength = ITNFrame::Length };
+    enum { SensorType = SensorTypes::ITN, AnswerLength = ITNFrame::Length };
     enum : uint16_t { RegMirror = 0x1006, RegDayNightMode = 0x1015, RegNightPicture = 0x1020 };
     enum { IdMirror = 6, IdDayNightMode = 21 };
 

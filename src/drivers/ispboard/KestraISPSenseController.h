@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "core/SensorTypes.h"
 #include "drivers/ispboard/IspBoardSenseController.h"
 
 // The in-house ISP board: image settings, HDR and run mode, door mode, power
@@ -11,7 +12,7 @@
 // follows the ISP tables.
 class KestraISPSenseController : public IspBoardSenseController {
 public:
-    enum { SensorType = 84 };
+    enum { SensorType = SensorTypes::KestraISP };
     enum : uint16_t {
         RegMirror = 0x0106,     // bit 0 horizontal, bit 1 vertical
         RegHdrMode = 0x0118,    // 0 off, 1 HDR, 2 WDR

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/AsciiSenseController.h"
 
 // Controller of the CMD7200 camera on a serial line (ASCII register protocol,
@@ -9,7 +10,7 @@
 // mode register is read, so that an absent or silent module fails the start-up.
 class CMD7200SenseController : public AsciiSenseController {
 public:
-    enum { SensorType = 84 };
+    enum { SensorType = SensorTypes::CMD7200 };
 
     CMD7200SenseController();
     ~CMD7200SenseController() override;

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/CMDSenseController.h"
 
 // Controller of the CMD7300 zoom block camera on a serial line (VISCA, camera
@@ -9,7 +10,7 @@
 // 65-74. Its ids and ranges are the rows of parameterTable().
 class CMD7300SenseController : public CMDSenseController {
 public:
-    enum { SensorType = 79 };
+    enum { SensorType = SensorTypes::CMD7300 };
 
     CMD7300SenseController();
     ~CMD7300SenseController() override;

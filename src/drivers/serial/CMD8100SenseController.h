@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/CMDSenseController.h"
 
 // Controller of the CMD8100 zoom block camera on a serial line (VISCA, camera
@@ -10,7 +11,7 @@
 // parameterTable(). Its detail text names its generation ("generation").
 class CMD8100SenseController : public CMDSenseController {
 public:
-    enum { SensorType = 77 };
+    enum { SensorType = SensorTypes::CMD8100 };
 
     CMD8100SenseController();
     ~CMD8100SenseController() override;

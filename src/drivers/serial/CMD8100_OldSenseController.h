@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "app/VideoResolution.h"
 #include "drivers/serial/CMDSenseController.h"
 
@@ -12,7 +13,7 @@
 // parameterTable(); its detail text names its generation ("generation").
 class CMD8100_OldSenseController : public CMDSenseController {
 public:
-    enum { SensorType = 78, VideoFormatRegister = 0x72 };
+    enum { SensorType = SensorTypes::CMD8100_Old, VideoFormatRegister = 0x72 };
 
     CMD8100_OldSenseController();
     ~CMD8100_OldSenseController() override;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/ViscaSenseController.h"
 
 // Controller of the CMD8300 zoom block camera on a serial line (VISCA, camera
@@ -20,7 +21,7 @@
 // sends the noise reduction level that goes with it when that level changed.
 class CMD8300SenseController : public ViscaSenseController {
 public:
-    enum { SensorType = 80, AutoNRPeriodMs = 5000 };
+    enum { SensorType = SensorTypes::CMD8300, AutoNRPeriodMs = 5000 };
     // The operations of this module's own rows.
     enum { OpNRMode = 1101, OpHighlightHold = 1102 };
 

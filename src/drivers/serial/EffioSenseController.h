@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/EffioParameter.h"
 #include "drivers/serial/SerialSenseController.h"
 
@@ -21,7 +22,7 @@
 class EffioSenseController : public SerialSenseController {
 public:
     enum {
-        SensorType = 85,
+        SensorType = SensorTypes::Effio,
         StartByte = 0xA5,
         WriteCommand = 0x01,
         ReadCommand = 0x02,

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/ViscaSenseController.h"
 #include "platform/SafePointer.h"
 
@@ -14,7 +15,7 @@
 // accepted values are the rows of one table (parameterTable()).
 class FCBEV7310SenseController : public ViscaSenseController {
 public:
-    enum { SensorType = 73, BaudCount = 4, RestartSeconds = 20 };
+    enum { SensorType = SensorTypes::FCBEV7310, BaudCount = 4, RestartSeconds = 20 };
 
     FCBEV7310SenseController();
     ~FCBEV7310SenseController() override;

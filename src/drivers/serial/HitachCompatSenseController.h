@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/HitachSenseController.h"
 
 // Controller of a Hitachi-compatible block camera: the Hitachi module's start-up,
@@ -9,7 +10,7 @@
 // steps, and lacks the shutter, white balance mode and noise reduction.
 class HitachCompatSenseController : public HitachSenseController {
 public:
-    enum { SensorType = 82 };
+    enum { SensorType = SensorTypes::HitachCompat };
 
     HitachCompatSenseController();
     ~HitachCompatSenseController() override;

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/AsciiSenseController.h"
 
 // Controller of the Hitachi block camera on a serial line (ASCII register
@@ -10,7 +11,7 @@
 // resolution. The worker (threadBody) follows the module's status register.
 class HitachSenseController : public AsciiSenseController {
 public:
-    enum { SensorType = 81, StatusRegister = 0x0F00, StatusAnswerLength = 8 };
+    enum { SensorType = SensorTypes::Hitach, StatusRegister = 0x0F00, StatusAnswerLength = 8 };
 
     HitachSenseController();
     ~HitachSenseController() override;

@@ -1,6 +1,7 @@
 #pragma once
 #include <atomic>
 
+#include "core/SensorTypes.h"
 #include "core/ISensorController.h"
 #include "platform/KSMutex.h"
 
@@ -14,7 +15,7 @@ class GThread;
 // your own").
 class NoSensorUIController : public ISensorController {
 public:
-    enum { SensorType = 99, InquiryLength = 5, AnswerLength = 4, ReadTimeout = 3 };
+    enum { SensorType = SensorTypes::NoSensorUI, InquiryLength = 5, AnswerLength = 4, ReadTimeout = 3 };
 
     NoSensorUIController();
     ~NoSensorUIController() override;

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/AsciiSenseController.h"
 
 // Controller of the SC110N-C camera on a serial line (ASCII register protocol,
@@ -10,7 +11,7 @@
 // word once a second.
 class SC110N_CSenseController : public AsciiSenseController {
 public:
-    enum { SensorType = 83, StatusRegister = 0xE1ED, StatusAnswerLength = 10 };
+    enum { SensorType = SensorTypes::SC110N_C, StatusRegister = 0xE1ED, StatusAnswerLength = 10 };
 
     SC110N_CSenseController();
     ~SC110N_CSenseController() override;

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/ViscaSenseController.h"
 
 // Controller of the Sony CH3310 zoom block camera on a serial line (VISCA,
@@ -10,7 +11,7 @@
 // the rows of parameterTable().
 class SONYCH3310SenseController : public ViscaSenseController {
 public:
-    enum { SensorType = 76 };
+    enum { SensorType = SensorTypes::SONYCH3310 };
 
     SONYCH3310SenseController();
     ~SONYCH3310SenseController() override;

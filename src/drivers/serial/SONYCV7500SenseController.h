@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/ViscaSenseController.h"
 
 // Controller of the Sony CV7500 zoom block camera on a serial line (VISCA,
@@ -10,7 +11,7 @@
 // with its level in one value; its ranges are the rows of parameterTable().
 class SONYCV7500SenseController : public ViscaSenseController {
 public:
-    enum { SensorType = 75, PointLightFocusCode = 0x5C };
+    enum { SensorType = SensorTypes::SONYCV7500, PointLightFocusCode = 0x5C };
 
     SONYCV7500SenseController();
     ~SONYCV7500SenseController() override;

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 
+#include "core/SensorTypes.h"
 #include "drivers/serial/ViscaSenseController.h"
 
 // Controller of the Sony EH4300 zoom block camera on a serial line (VISCA,
@@ -10,7 +11,7 @@
 // At start-up the module is put on internal synchronisation (register 0x56).
 class SONYEH4300SenseController : public ViscaSenseController {
 public:
-    enum { SensorType = 74, SyncRegister = 0x56 };
+    enum { SensorType = SensorTypes::SONYEH4300, SyncRegister = 0x56 };
 
     SONYEH4300SenseController();
     ~SONYEH4300SenseController() override;
