@@ -226,6 +226,22 @@ TEST_F(CamSimServerTest, BadRequestsGetAClearError) {
     EXPECT_EQ(brightness, value(1));
 }
 
+TEST_F(CamSimServerTest, ChangesFromThePageOfAnotherOriginAreRefused) {
+    const int brightness = value(1);
+    httplib::Client c = client();
+    auto r = c.Post("/api/parameters", httplib::Headers{{"Origin", "http://elsewhere.example"}}, "(1,7)", "text/plain");
+    ASSERT_TRUE(r);
+    EXPECT_EQ(403, r->status);
+    EXPECT_NE(std::string::npos, json::parse(r->body)["error"].get<std::string>().find("elsewhere.example"));
+    EXPECT_EQ(brightness, value(1));
+    // The server's own page names its own origin.
+    const std::string own = "http://127.0.0.1:" + std::to_string(server.port());
+    r = c.Post("/api/parameters", httplib::Headers{{"Origin", own}}, "(1,7)", "text/plain");
+    ASSERT_TRUE(r);
+    EXPECT_EQ(200, r->status);
+    EXPECT_EQ(7, value(1));
+}
+
 TEST_F(CamSimServerTest, FlushSavesToTheSchemeFile) {
     int status = 0;
     post("/api/parameters", R"j({"text":"(2,57)"})j", status);

@@ -1,6 +1,7 @@
 #include "camsim/CamSimServer.h"
 
 #include <httplib.h>
+#include <sched.h>
 
 #include <chrono>
 #include <map>
@@ -99,7 +100,19 @@ bool CamSimServer::start(const std::string& address, int port, std::string& erro
         m_pServer.reset();
         return false;
     }
-    m_thread = std::thread([this] { m_pServer->listen_after_bind(); });
+    m_thread = std::thread([this] {
+        // The camera's threads share one CPU under the batch policy (SimScheduling.h);
+        // the server's (this one and the workers it starts) answer a browser as any
+        // program does, on every CPU under the normal policy, so that a busy machine
+        // does not queue them behind everything else on that one CPU.
+        cpu_set_t all;
+        CPU_ZERO(&all);
+        for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) CPU_SET(cpu, &all);
+        ::sched_setaffinity(0, sizeof(all), &all);
+        struct sched_param none {};
+        ::sched_setscheduler(0, SCHED_OTHER, &none);
+        m_pServer->listen_after_bind();
+    });
     // stop() only ends a server that is running: wait until it is.
     while (!s.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return true;
@@ -132,6 +145,17 @@ void CamSimServer::routes() {
         }
         res.set_header("Cache-Control", "no-cache");
         res.set_content(asset->data, asset->size, asset->contentType);
+    });
+    // A page of another site that the browser shows may post to this address too
+    // (a form or a fetch needs no permission for that): a change must come from
+    // this server's own page, or from a client that names no origin (curl, tests).
+    s.set_pre_routing_handler([](const httplib::Request& req, httplib::Response& res) {
+        if (req.method == "GET" || req.method == "HEAD" || !req.has_header("Origin"))
+            return httplib::Server::HandlerResponse::Unhandled;
+        const std::string origin = req.get_header_value("Origin");
+        if (origin == "http://" + req.get_header_value("Host")) return httplib::Server::HandlerResponse::Unhandled;
+        fail(res, 403, "refused: a request from the page of another origin (" + origin + ")");
+        return httplib::Server::HandlerResponse::Handled;
     });
     // Anything else: a JSON error rather than an empty page. A handler's own
     // error body stays as it is.

@@ -288,6 +288,7 @@ async function init() {
   await loadLanguage(Number(select.value));
   refreshStatus();
   setInterval(refreshStatus, 1000);
+  document.body.dataset.readyMs = performance.now().toFixed(2);  // since the navigation began
   document.body.dataset.ready = '1';
 }
 
