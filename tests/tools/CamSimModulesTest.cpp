@@ -27,7 +27,7 @@ int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return
 // camsim's modules, in the order of its table.
 const std::string kModuleNames =
     "fisheye, fcbev7310, noui, eh4300, cv7500, ch3310, cmd8100, cmd8100old, cmd7300, cmd8300, hitachi, hitachicompat, "
-    "sc110nc, cmd7200";
+    "sc110nc, cmd7200, effio";
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
@@ -460,6 +460,79 @@ TEST_F(CamSimModulesTest, AsciiModuleOverThePseudoTerminal) {
     EXPECT_EQ(1, count(corrupt, "<- \":W011146\"")) << corrupt;
     EXPECT_TRUE(contains(o, "register 0110 = 0x3C (60)")) << o;
     EXPECT_TRUE(contains(o, "register 0111 = 0x46 (70)")) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1"))) << o;
+}
+
+TEST_F(CamSimModulesTest, TheEffioProcessorComesUpAndTakesParametersInItsStore) {
+    CamsimChild::Result r = run("effio", "store 1 0; trace serial on; set brightness 60; set sharpness 9; "
+                                         "trace serial off; store 1 0; store 1 3; status; store 9 9; light 10; run 3s",
+                                {"--verbose"});
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;  // the byte the store lacks
+    EXPECT_TRUE(contains(o, "front end: effio module (Effio camera processor, checksummed frames)")) << o;
+    EXPECT_TRUE(contains(o, "__EffioSenseController::init,ModuleConfigure is(RS485=/dev/ttyS1;isInfrared=1,")) << o;
+    EXPECT_TRUE(contains(o, "Effio version 1.2")) << o;
+    EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+    // The store before and after, as the simulated processor holds it.
+    EXPECT_TRUE(contains(after(o, "store 1 0"), "category 1 byte 0 = 0x")) << o;
+    EXPECT_FALSE(contains(after(o, "store 1 0"), "(60)")) << o;
+    const std::string later = o.substr(o.find("> trace serial off"));
+    EXPECT_TRUE(contains(later, "category 1 byte 0 = 0x3C (60)")) << o;
+    // Sharpness is the low four bits of byte 3: read, changed, written back.
+    std::smatch m;
+    ASSERT_TRUE(std::regex_search(later, m, std::regex("category 1 byte 3 = 0x([0-9A-F]{2})"))) << o;
+    EXPECT_EQ(9, std::stoi(m[1].str(), nullptr, 16) & 0x0F) << o;
+    // The frames in hex: the write with its checksum and the processor's status answer.
+    const std::string set = after(o, "set brightness 60");
+    EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> A5 01 01 00 01 3C E4\n"))) << set;
+    EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- A5 00 89\n"))) << set;
+    const std::string sharp = after(o, "set sharpness 9");
+    EXPECT_TRUE(contains(sharp, "-> A5 02 01 03 01 AC\n")) << sharp;
+    EXPECT_TRUE(std::regex_search(sharp, std::regex("-> A5 01 01 03 01 [0-9A-F]9 "))) << sharp;
+    EXPECT_TRUE(std::regex_search(o, std::regex("the processor took \\d+ frames, carried out \\d+ writes"))) << o;
+    EXPECT_TRUE(contains(o, "error: the processor's store has no byte 9 in category 9")) << o;
+    // No day/night state on the line: the light does not switch the camera.
+    EXPECT_FALSE(contains(o, "daynight NIGHT")) << o;
+}
+
+TEST_F(CamSimModulesTest, EffioFaultsGetTheStatusTextsAndFaultOffRecovers) {
+    CamsimChild::Result r = run("effio", "set brightness 60; trace serial on; fault full; set brightness 61; "
+                                         "logs console 12; store 1 0; fault off; fault silent; set contrast 70; "
+                                         "logs console 20; fault off; set brightness 62; store 1 0");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;
+    // Busy: each write is answered with a communication error, tried three times, not carried out.
+    EXPECT_TRUE(contains(o, "ok: fault full 100 %: the processor answers a write with a communication error")) << o;
+    const std::string busy = after(o, "set brightness 61");
+    EXPECT_TRUE(contains(busy, "setBrightness error,value is 61")) << busy;
+    EXPECT_EQ(3, count(after(o, "logs console 12"), "setParameters::send command failed (Communication error)")) << o;
+    EXPECT_EQ(3, count(busy, "-> A5 01 01 00 01 3D E5\n")) << busy;
+    EXPECT_EQ(3, count(busy, "<- A5 01 8B\n")) << busy;
+    EXPECT_TRUE(contains(after(o, "store 1 0"), "category 1 byte 0 = 0x3C (60)")) << o;
+    // Silence: the write gets nothing back.
+    const std::string silent = after(o, "set contrast 70");
+    EXPECT_TRUE(contains(silent, "error: parameter 2 (contrast) = 70 refused")) << silent;
+    EXPECT_EQ(3, count(silent, "-> A5 01 01 01 01 46 EF\n")) << silent;
+    EXPECT_EQ(0, count(silent, "<- A5")) << silent;
+    EXPECT_TRUE(contains(after(o, "logs console 20"), "setParameters : recv len failed expectlen=3,actuallen=0")) << o;
+    EXPECT_TRUE(contains(after(o, "set brightness 62"), "ok: brightness=62")) << o;
+    EXPECT_TRUE(contains(o, "category 1 byte 0 = 0x3E (62)")) << o;
+}
+
+TEST_F(CamSimModulesTest, EffioProcessorOverThePseudoTerminal) {
+    CamsimChild::Result r = run("effio", "trace serial on; set contrast 70; fault corrupt once; set hue 90; "
+                                         "store 1 1; store 1 4; status; quit!",
+                                {"--serial", "pty"});
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
+    EXPECT_EQ(0, r.exitCode) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> A5 01 01 01 01 46 EF\n"))) << o;
+    EXPECT_TRUE(contains(o, "category 1 byte 1 = 0x46 (70)")) << o;
+    EXPECT_TRUE(contains(o, "ok: hue=90")) << o;
+    EXPECT_TRUE(contains(o, "category 1 byte 4 = 0x5A (90)")) << o;
     EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1"))) << o;
 }
 

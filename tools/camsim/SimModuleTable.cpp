@@ -21,6 +21,7 @@
 #include "camsim/SimModule.h"
 
 #include "camsim/AsciiFrontEnd.h"
+#include "camsim/EffioFrontEnd.h"
 #include "camsim/FisheyeFrontEnd.h"
 #include "camsim/NoUIFrontEnd.h"
 #include "camsim/RootSetup.h"
@@ -31,6 +32,7 @@
 #include "drivers/serial/CMD8100SenseController.h"
 #include "drivers/serial/CMD8100_OldSenseController.h"
 #include "drivers/serial/CMD8300SenseController.h"
+#include "drivers/serial/EffioSenseController.h"
 #include "drivers/serial/FCBEV7310SenseController.h"
 #include "drivers/serial/HitachCompatSenseController.h"
 #include "drivers/serial/HitachSenseController.h"
@@ -107,6 +109,9 @@ const std::vector<SimModule>& SimModule::table() {
         {"cmd7200", "CMD7200 camera, ASCII registers", 84, CMD7200SenseController::SensorType, kBoardDayNightDetail,
          kSerialLine, &AsciiFrontEnd::create<CMD7200SenseController>, &SerialLine::asciiModule, "CMD7200", true,
          "register fault trace"},
+        {"effio", "Effio camera processor, checksummed frames", 85, EffioSenseController::SensorType,
+         kBoardDayNightDetail, kSerialLine, &EffioFrontEnd::create, &SerialLine::effioProcessor, "Effio", true,
+         "store fault trace"},
     };
     return rows;
 }
