@@ -8,6 +8,7 @@
 #include "drivers/ispboard/IT1ZoomModuleSenseController.h"
 #include "drivers/ispboard/ITNSenseController.h"
 #include "drivers/ispboard/KestraISPSenseController.h"
+#include "drivers/ispboard/SeawolfSenseController.h"
 #include "drivers/serial/CMD7200SenseController.h"
 #include "drivers/serial/CMD7300SenseController.h"
 #include "drivers/serial/CMD8100SenseController.h"
@@ -40,6 +41,7 @@ ISensorController* build(int type) {
         case SensorTypes::CMD7200: return new CMD7200SenseController();
         case SensorTypes::Effio: return new EffioSenseController();
         case SensorTypes::ITN: return new ITNSenseController();
+        case SensorTypes::Seawolf: return new SeawolfSenseController();
         case SensorTypes::S2Fisheye: return new S2FisheyeSenseController();
         case SensorTypes::IT1: return new IT1SenseController();
         case SensorTypes::IT1ZoomModule: return new IT1ZoomModuleSenseController();

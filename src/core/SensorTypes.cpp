@@ -3,7 +3,7 @@
 const std::vector<int>& SensorTypes::all() {
     static const std::vector<int> types = {FCBEV7310, SONYEH4300, SONYCV7500, SONYCH3310, CMD8100, CMD8100_Old,
                                            CMD7300,   CMD8300,    Hitach,     HitachCompat, SC110N_C, CMD7200,
-                                           Effio,     ITN,        S2Fisheye,  IT1,     IT1ZoomModule,
+                                           Effio,     ITN,        Seawolf,    S2Fisheye,  IT1,     IT1ZoomModule,
                                            KestraISP, IIPC368Zoom, NoSensorUI};
     return types;
 }

@@ -29,7 +29,7 @@ struct SensorTypes {
         Effio = 85,
         // ISP boards.
         ITN = 86,
-        Seawolf = 87,  // kept for the Seawolf board's controller
+        Seawolf = 87,
         // The fisheye board (also its module id, which the fisheye factory is keyed by).
         S2Fisheye = 88,
         // ISP boards.

@@ -19,6 +19,7 @@
 #include "drivers/ispboard/IT1ZoomModuleSenseController.h"
 #include "drivers/ispboard/ITNSenseController.h"
 #include "drivers/ispboard/KestraISPSenseController.h"
+#include "drivers/ispboard/SeawolfSenseController.h"
 #include "drivers/serial/CMD7200SenseController.h"
 #include "drivers/serial/CMD7300SenseController.h"
 #include "drivers/serial/CMD8100SenseController.h"
@@ -56,7 +57,8 @@ const std::vector<Row>& rows() {
         ROW(SONYCH3310SenseController),  ROW(CMD8100SenseController),       ROW(CMD8100_OldSenseController),
         ROW(CMD7300SenseController),     ROW(CMD8300SenseController),       ROW(HitachSenseController),
         ROW(HitachCompatSenseController), ROW(SC110N_CSenseController),     ROW(CMD7200SenseController),
-        ROW(EffioSenseController),       ROW(ITNSenseController),           ROW(S2FisheyeSenseController),
+        ROW(EffioSenseController),       ROW(ITNSenseController),           ROW(SeawolfSenseController),
+        ROW(S2FisheyeSenseController),
         ROW(IT1SenseController),         ROW(IT1ZoomModuleSenseController), ROW(KestraISPSenseController),
         ROW(IIPC368ZoomSensorController), ROW(NoSensorUIController),
     };
@@ -83,7 +85,7 @@ TEST(SensorTypesTest, TheFactoryByTypeBuildsEachController) {
         EXPECT_TRUE(row.is(c.get())) << row.name << " for " << row.type << ": got " << typeid(*c.get()).name();
         EXPECT_EQ(row.type, c->getSensorType()) << row.name;
     }
-    for (int unknown : {0, 1, 17, static_cast<int>(SensorTypes::Seawolf), 100, -1}) {
+    for (int unknown : {0, 1, 17, 72, 93, 100, -1}) {
         SafePointer<ISensorController> c = SensorTypeFactory::create(unknown);
         EXPECT_TRUE(isExactly<NullSenseController>(c.get())) << unknown;
         EXPECT_EQ(0, c->getSensorType());

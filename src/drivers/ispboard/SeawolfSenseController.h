@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "core/SensorTypes.h"
 #include "drivers/ispboard/IspBoardSenseController.h"
 #include "drivers/ispboard/SeawolfFrame.h"
 
@@ -12,7 +13,7 @@
 // Register table: SeawolfSenseController::boardTable, docs/ispboard.md.
 class SeawolfSenseController : public IspBoardSenseController {
 public:
-    enum { SensorType = 87 };
+    enum { SensorType = SensorTypes::Seawolf };
     enum : uint16_t { RegMirror = 0x06, RegLensType = 0x10, RegResolution = 0x1D };
     enum { IdMirror = 6, IdLensType = 16, IdResolution = 29 };
     // The values of the resolution register.
