@@ -68,14 +68,17 @@ void BM_ServePageLoad(benchmark::State& state) {
 }
 BENCHMARK(BM_ServePageLoad)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_ServeTextsOfOneLanguage(benchmark::State& state) {
+// One GET, again and again on one connection.
+void getAgain(benchmark::State& state, const char* path) {
     if (!served().ok()) return state.SkipWithError("camsim serve did not come up");
     httplib::Client c("127.0.0.1", served().port());
     c.set_keep_alive(true);
     c.set_tcp_nodelay(true);
     for (auto _ : state)
-        if (!get(c, "/api/ui/2")) return state.SkipWithError("GET /api/ui/2 failed");
+        if (!get(c, path)) return state.SkipWithError("a GET failed");
 }
+
+void BM_ServeTextsOfOneLanguage(benchmark::State& state) { getAgain(state, "/api/ui/2"); }
 BENCHMARK(BM_ServeTextsOfOneLanguage)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ServeParameterRoundTrip(benchmark::State& state) {
@@ -92,14 +95,7 @@ void BM_ServeParameterRoundTrip(benchmark::State& state) {
 }
 BENCHMARK(BM_ServeParameterRoundTrip)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_ServeStatus(benchmark::State& state) {
-    if (!served().ok()) return state.SkipWithError("camsim serve did not come up");
-    httplib::Client c("127.0.0.1", served().port());
-    c.set_keep_alive(true);
-    c.set_tcp_nodelay(true);
-    for (auto _ : state)
-        if (!get(c, "/api/status")) return state.SkipWithError("GET /api/status failed");
-}
+void BM_ServeStatus(benchmark::State& state) { getAgain(state, "/api/status"); }
 BENCHMARK(BM_ServeStatus)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

@@ -9,10 +9,8 @@
 
 #include <atomic>
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,21 +18,14 @@
 #include "camsim/CamSim.h"
 #include "camsim/CamSimServer.h"
 #include "camsim/RootSetup.h"
+#include "TestRoot.h"
+#include "platform/KSFile.h"
 #include "platform/SensorParameterParser.h"
 #include "storage/SensorFile.h"
 
 namespace {
 
 using nlohmann::json;
-
-int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
-
-std::string readFile(const std::string& path) {
-    std::ifstream f(path, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
 
 const char* const kSchemeFile = "/mnt/mtd/code/config_file/sensor0.cfg";
 
@@ -59,7 +50,7 @@ protected:
     void TearDown() override {
         server.stop();
         sim.stop();
-        ::nftw(dir.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+        ::nftw(dir.c_str(), testutil::removeEntry, 16, FTW_DEPTH | FTW_PHYS);
     }
 
     httplib::Client client() const { return httplib::Client("127.0.0.1", server.port()); }
@@ -83,6 +74,12 @@ protected:
         return v["values"].value(std::to_string(id), -1);
     }
     std::string real(const std::string& cameraPath) const { return dir + "/camroot" + cameraPath; }
+    // The scheme file in force, read through the camera's root.
+    static std::string schemeFile() {
+        std::string content;
+        KSFile::readAll(kSchemeFile, content);
+        return content;
+    }
 
     std::string dir;
     camsim::CamSim sim;
@@ -156,7 +153,7 @@ TEST_F(CamSimServerTest, SetsParametersAndReadsThemBack) {
 }
 
 TEST_F(CamSimServerTest, RefusalCarriesTheLibrarysReasonAndWritesNothing) {
-    const std::string before = readFile(real(kSchemeFile));
+    const std::string before = schemeFile();
     ASSERT_FALSE(before.empty());
     struct stat st0 {};
     ASSERT_EQ(0, ::stat(real(kSchemeFile).c_str(), &st0));
@@ -175,14 +172,14 @@ TEST_F(CamSimServerTest, RefusalCarriesTheLibrarysReasonAndWritesNothing) {
     EXPECT_EQ(999, r["id"]);
     EXPECT_FALSE(r["reason"].get<std::string>().empty());
     // Nothing on disk changed, and a save has nothing new to write.
-    EXPECT_EQ(before, readFile(real(kSchemeFile)));
+    EXPECT_EQ(before, schemeFile());
     struct stat st1 {};
     ASSERT_EQ(0, ::stat(real(kSchemeFile).c_str(), &st1));
     EXPECT_EQ(st0.st_ino, st1.st_ino);
     EXPECT_EQ(st0.st_mtim.tv_nsec, st1.st_mtim.tv_nsec);
     json saved = post("/api/flush", "", status);
     EXPECT_EQ(200, status);
-    EXPECT_EQ(before, readFile(real(kSchemeFile)));
+    EXPECT_EQ(before, schemeFile());
 }
 
 TEST_F(CamSimServerTest, BadRequestsGetAClearError) {
@@ -246,12 +243,12 @@ TEST_F(CamSimServerTest, FlushSavesToTheSchemeFile) {
     int status = 0;
     post("/api/parameters", R"j({"text":"(2,57)"})j", status);
     ASSERT_EQ(200, status);
-    EXPECT_EQ(std::string::npos, readFile(real(kSchemeFile)).find("(2,57)"));
+    EXPECT_EQ(std::string::npos, schemeFile().find("(2,57)"));
     json r = post("/api/flush", "", status);
     EXPECT_EQ(200, status);
     EXPECT_TRUE(r["saved"].get<bool>());
     EXPECT_NE(std::string::npos, r["message"].get<std::string>().find("sensor0.cfg"));
-    EXPECT_NE(std::string::npos, readFile(real(kSchemeFile)).find("(2,57)"));
+    EXPECT_NE(std::string::npos, schemeFile().find("(2,57)"));
     json st = get("/api/status", status);
     EXPECT_EQ("", st["unsaved"]);
 }
@@ -314,7 +311,7 @@ TEST_F(CamSimServerTest, SeveralClientsAtOnceLeaveAConsistentFile) {
     post("/api/flush", "", status);
     EXPECT_EQ(200, status);
     std::map<int, int> saved;
-    ASSERT_TRUE(SensorParameterParser::parseSensorParameter(readFile(real(kSchemeFile)), saved));
+    ASSERT_TRUE(SensorParameterParser::parseSensorParameter(schemeFile(), saved));
     EXPECT_EQ(last, saved[3]);
     EXPECT_EQ(value(1), saved[1]);
 }
