@@ -19,6 +19,7 @@
 #include "camsim/CamSimServer.h"
 #include "camsim/RootSetup.h"
 #include "TestRoot.h"
+#include "tools/CamsimChild.h"
 #include "platform/KSFile.h"
 #include "platform/SensorParameterParser.h"
 #include "storage/SensorFile.h"
@@ -231,6 +232,14 @@ TEST_F(CamSimServerTest, ChangesFromThePageOfAnotherOriginAreRefused) {
     EXPECT_EQ(403, r->status);
     EXPECT_NE(std::string::npos, json::parse(r->body)["error"].get<std::string>().find("elsewhere.example"));
     EXPECT_EQ(brightness, value(1));
+    // A name that some DNS server points at this address: refused as well.
+    const std::string named = "camera.example:" + std::to_string(server.port());
+    r = c.Post("/api/parameters", httplib::Headers{{"Origin", "http://" + named}, {"Host", named}}, "(1,7)",
+               "text/plain");
+    ASSERT_TRUE(r);
+    EXPECT_EQ(403, r->status);
+    EXPECT_NE(std::string::npos, json::parse(r->body)["error"].get<std::string>().find("by the name"));
+    EXPECT_EQ(brightness, value(1));
     // The server's own page names its own origin.
     const std::string own = "http://127.0.0.1:" + std::to_string(server.port());
     r = c.Post("/api/parameters", httplib::Headers{{"Origin", own}}, "(1,7)", "text/plain");
@@ -314,6 +323,59 @@ TEST_F(CamSimServerTest, SeveralClientsAtOnceLeaveAConsistentFile) {
     ASSERT_TRUE(SensorParameterParser::parseSensorParameter(schemeFile(), saved));
     EXPECT_EQ(last, saved[3]);
     EXPECT_EQ(value(1), saved[1]);
+}
+
+// The command itself: camsim serve as a program of its own.
+class CamSimServeCommand : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/camsim-serve-cli-XXXXXX";
+        ASSERT_NE(nullptr, ::mkdtemp(tmpl));
+        dir = tmpl;
+    }
+    void TearDown() override { ::nftw(dir.c_str(), testutil::removeEntry, 16, FTW_DEPTH | FTW_PHYS); }
+    std::string dir;
+};
+
+TEST_F(CamSimServeCommand, ServesOnTheLoopbackUntilTerminated) {
+    CamsimChild child;
+    ASSERT_TRUE(child.start({"--root", dir + "/camroot", "--time", "10:00", "serve", "--port", "0"}));
+    const std::string said = "camsim serve: listening on http://127.0.0.1:";
+    ASSERT_TRUE(child.waitFor(said, 60)) << child.output();
+    ASSERT_TRUE(child.waitFor("/ (no authentication", 10)) << child.output();
+    const int port = std::atoi(child.output().c_str() + child.output().find(said) + said.size());
+    ASSERT_GT(port, 0);
+    {
+        httplib::Client c("127.0.0.1", port);
+        auto r = c.Get("/api/status");
+        ASSERT_TRUE(r);
+        EXPECT_EQ(200, r->status);
+        EXPECT_EQ("day", json::parse(r->body)["dayNight"]);
+        r = c.Post("/api/parameters", "(1,66)", "text/plain");
+        ASSERT_TRUE(r);
+        EXPECT_EQ(200, r->status);
+    }
+    ::kill(child.pid(), SIGTERM);
+    CamsimChild::Result end = child.finish(30);
+    EXPECT_EQ(0, end.exitCode) << end.output;
+    EXPECT_NE(std::string::npos, end.output.find("camsim serve: stopping"));
+    // The value set and not saved is named as camsim leaves.
+    EXPECT_NE(std::string::npos, end.output.find("brightness=66")) << end.output;
+    // Nothing listens there any more.
+    httplib::Client after("127.0.0.1", port);
+    after.set_connection_timeout(2);
+    EXPECT_FALSE(after.Get("/api/status"));
+}
+
+TEST_F(CamSimServeCommand, RefusesABadPortAndAnAddressNotOfThisMachine) {
+    CamsimChild::Result bad = CamsimChild::run({"serve", "--port", "70000"});
+    EXPECT_EQ(2, bad.exitCode);
+    EXPECT_NE(std::string::npos, bad.output.find("--port wants 0-65535")) << bad.output;
+    // 192.0.2.1 is a documentation address: no machine has it.
+    CamsimChild::Result away =
+        CamsimChild::run({"--root", dir + "/camroot", "serve", "--port", "0", "--listen", "192.0.2.1"});
+    EXPECT_EQ(2, away.exitCode);
+    EXPECT_NE(std::string::npos, away.output.find("cannot listen on 192.0.2.1")) << away.output;
 }
 
 }  // namespace

@@ -37,6 +37,18 @@ void reply(httplib::Response& res, int status, const json& body) {
 
 void fail(httplib::Response& res, int status, const std::string& message) { reply(res, status, {{"error", message}}); }
 
+// Whether a Host header names this machine by address or as localhost ("127.0.0.1:8080",
+// "[::1]:8080", "localhost:8080"), not by a name that some DNS server answers for.
+bool hostIsAddress(const std::string& host) {
+    if (!host.empty() && host[0] == '[') return host.find(']') != std::string::npos;
+    const std::string name = host.substr(0, host.rfind(':'));
+    if (name == "localhost") return true;
+    if (name.empty()) return false;
+    for (char c : name)
+        if ((c < '0' || c > '9') && c != '.') return false;
+    return true;
+}
+
 // The request's body as a JSON object; otherwise a 400 with the reason, and false.
 bool objectBody(const httplib::Request& req, httplib::Response& res, json& body) {
     try {
@@ -147,14 +159,21 @@ void CamSimServer::routes() {
         res.set_content(asset->data, asset->size, asset->contentType);
     });
     // A page of another site that the browser shows may post to this address too
-    // (a form or a fetch needs no permission for that): a change must come from
-    // this server's own page, or from a client that names no origin (curl, tests).
+    // (a form or a fetch needs no permission for that), also under a name of its
+    // own that its DNS server points at this address: a change must come from this
+    // server's own page, reached by address or as localhost, or from a client that
+    // names no origin (curl, tests).
     s.set_pre_routing_handler([](const httplib::Request& req, httplib::Response& res) {
         if (req.method == "GET" || req.method == "HEAD" || !req.has_header("Origin"))
             return httplib::Server::HandlerResponse::Unhandled;
         const std::string origin = req.get_header_value("Origin");
-        if (origin == "http://" + req.get_header_value("Host")) return httplib::Server::HandlerResponse::Unhandled;
-        fail(res, 403, "refused: a request from the page of another origin (" + origin + ")");
+        const std::string host = req.get_header_value("Host");
+        if (origin == "http://" + host && hostIsAddress(host)) return httplib::Server::HandlerResponse::Unhandled;
+        fail(res, 403,
+             origin == "http://" + host
+                 ? "refused: a change from a page reached by the name " + host +
+                       "; open the page by the server's address (or localhost)"
+                 : "refused: a request from the page of another origin (" + origin + ")");
         return httplib::Server::HandlerResponse::Handled;
     });
     // Anything else: a JSON error rather than an empty page. A handler's own
