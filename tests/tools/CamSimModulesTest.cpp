@@ -72,6 +72,10 @@ protected:
 
 #define SKIP_UNLESS_STARTED(r)                                                                      \
     if (!(r).started) GTEST_SKIP() << "camsim could not be started from this test program (cross build)"
+// ... and, for a run with --serial pty, unless it had a pseudo-terminal.
+#define SKIP_UNLESS_PTY(r)                                                 \
+    SKIP_UNLESS_STARTED(r);                                                \
+    if (contains((r).output, "no pseudo-terminal could be opened")) GTEST_SKIP() << (r).output
 
 TEST_F(CamSimModulesTest, ScriptDrivesTheEV7310OverThePseudoTerminal) {
     const std::string script = dir + "/zoom.cam";
@@ -84,9 +88,8 @@ TEST_F(CamSimModulesTest, ScriptDrivesTheEV7310OverThePseudoTerminal) {
                              "status\n";
     CamsimChild::Result r =
         CamsimChild::run({"--root", root, "--time", "12:00", "--module", "fcbev7310", "--serial", "pty", script}, 120);
-    SKIP_UNLESS_STARTED(r);
+    SKIP_UNLESS_PTY(r);
     const std::string& o = r.output;
-    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
     EXPECT_EQ(0, r.exitCode) << o;
     EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
     // The packet on the line and the module's acknowledgement, traced.
@@ -447,9 +450,8 @@ TEST_F(CamSimModulesTest, AsciiModuleOverThePseudoTerminal) {
     CamsimChild::Result r = run("hitachi", "trace serial on; set brightness 60; fault corrupt once; set contrast 70; "
                                            "register 0110; register 0111; status; quit!",
                                 {"--serial", "pty"});
-    SKIP_UNLESS_STARTED(r);
+    SKIP_UNLESS_PTY(r);
     const std::string& o = r.output;
-    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
     EXPECT_EQ(0, r.exitCode) << o;
     EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> \":W01103C\"\n"))) << o;
     EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- \":W01103C\"\n"))) << o;
@@ -525,9 +527,8 @@ TEST_F(CamSimModulesTest, EffioProcessorOverThePseudoTerminal) {
     CamsimChild::Result r = run("effio", "trace serial on; set contrast 70; fault corrupt once; set hue 90; "
                                          "store 1 1; store 1 4; status; quit!",
                                 {"--serial", "pty"});
-    SKIP_UNLESS_STARTED(r);
+    SKIP_UNLESS_PTY(r);
     const std::string& o = r.output;
-    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
     EXPECT_EQ(0, r.exitCode) << o;
     EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> A5 01 01 01 01 46 EF\n"))) << o;
     EXPECT_TRUE(contains(o, "category 1 byte 1 = 0x46 (70)")) << o;
