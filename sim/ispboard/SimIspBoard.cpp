@@ -73,6 +73,17 @@ uint8_t SimIspBoard::checksumOf(const std::vector<uint8_t>& f) const {
     }
 }
 
+bool SimIspBoard::checksumOk(IspBoardTable::FrameShape shape, const uint8_t* bytes, int length) {
+    if (bytes == nullptr || length < 2) return false;
+    uint8_t expected = 0;
+    switch (shape) {
+    case IspBoardTable::ITNFrames: expected = ITNFrame::checksum(bytes, length); break;
+    case IspBoardTable::SeawolfFrames: expected = SeawolfFrame::checksum(bytes, length); break;
+    default: expected = IspBoardFrame::sum(bytes, length - 1); break;
+    }
+    return expected == bytes[length - 1];
+}
+
 bool SimIspBoard::decode(const std::vector<uint8_t>& f, Command& c) const {
     const int n = static_cast<int>(f.size());
     if (n < 4 || checksumOf(f) != f.back()) return false;

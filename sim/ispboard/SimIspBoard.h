@@ -50,6 +50,9 @@ public:
     // Every register at its power-on value.
     void powerOn();
     const IspBoardTable& table() const { return m_table; }
+    // Whether the last byte of `length` bytes is their checksum in the frames
+    // of `shape` (what the bytes of a command or an answer say of themselves).
+    static bool checksumOk(IspBoardTable::FrameShape shape, const uint8_t* bytes, int length);
     // The first byte of every command in the frames that the table names.
     uint8_t startByte() const;
 

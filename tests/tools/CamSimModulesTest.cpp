@@ -27,7 +27,7 @@ int removeEntry(const char* path, const struct stat*, int, struct FTW*) { return
 // camsim's modules, in the order of its table.
 const std::string kModuleNames =
     "fisheye, fcbev7310, noui, eh4300, cv7500, ch3310, cmd8100, cmd8100old, cmd7300, cmd8300, hitachi, hitachicompat, "
-    "sc110nc, cmd7200, effio";
+    "sc110nc, cmd7200, effio, it1, it1zoom, iipc368, kestraisp, itn, seawolf";
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
@@ -535,6 +535,77 @@ TEST_F(CamSimModulesTest, EffioProcessorOverThePseudoTerminal) {
     EXPECT_TRUE(contains(o, "ok: hue=90")) << o;
     EXPECT_TRUE(contains(o, "category 1 byte 4 = 0x5A (90)")) << o;
     EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1"))) << o;
+}
+
+TEST_F(CamSimModulesTest, EachIspBoardComesUpAndASetReachesTheBoardsRegisterWithTheChecksumTraced) {
+    struct Case {
+        const char* module;
+        const char* startLine;  // the controller's start line
+        const char* frame;      // the write of brightness 30 as the trace shows it
+        const char* reg;        // the board's register line after it
+    };
+    const Case cases[] = {
+        {"it1", "____IBaseIT1SenseController::init", "-> AA 01 00 10 1E D9", "Brightness               0x0010 = 30"},
+        {"it1zoom", "____IBaseIT1SenseController::init", "-> AA 01 00 10 1E D9",
+         "Brightness               0x0010 = 30"},
+        {"iipc368", "____IBaseIT1SenseController::init", "-> AA 01 00 10 1E D9",
+         "Brightness               0x0010 = 30"},
+        {"kestraisp", "____KestraISPSenseController::init", "-> AA 01 01 01 1E CB",
+         "Brightness               0x0101 = 30"},
+        {"itn", "____ITNSenseController::init", "-> 5A 01 10 01 00 1E 0E", "Brightness               0x1001 = 30"},
+        {"seawolf", "____SeawolfSenseController::init", "-> FF 01 01 1E E0", "Brightness               0x0001 = 30"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.module);
+        CamsimChild::Result r = run(c.module,
+                                    "trace serial on; set brightness 30; trace serial off; board brightness; "
+                                    "status; quit!",
+                                    {"--verbose"});
+        SKIP_UNLESS_STARTED(r);
+        const std::string& o = r.output;
+        EXPECT_EQ(0, r.exitCode) << o;
+        EXPECT_TRUE(contains(o, c.startLine)) << o;
+        EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+        const std::string set = after(o, "set brightness 30");
+        EXPECT_TRUE(contains(set, "ok: brightness=30")) << o;
+        EXPECT_TRUE(contains(set, std::string(c.frame) + "  checksum ok\n")) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- [0-9A-F ]+  checksum ok\n")))
+            << set;
+        EXPECT_TRUE(contains(after(o, "board brightness"), c.reg)) << o;
+        EXPECT_TRUE(contains(o, "board          ")) << o;
+        ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    }
+}
+
+TEST_F(CamSimModulesTest, TheTraceSaysWhenAnAnswersChecksumIsBad) {
+    CamsimChild::Result r = run("kestraisp",
+                                "trace serial on; board fault checksum; set contrast 40; trace serial off; "
+                                "board contrast; board fault sideways; board nothing; quit!");
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    EXPECT_EQ(1, r.exitCode) << o;  // the two refused commands
+    EXPECT_TRUE(contains(o, "ok: the board's next answer: checksum")) << o;
+    const std::string set = after(o, "set contrast 40");
+    // The answer with the wrong checksum, then the second attempt's good one.
+    EXPECT_EQ(1, count(set, "  checksum bad\n")) << set;
+    EXPECT_EQ(2, count(set, "-> AA 01 01 02 28 D6  checksum ok\n")) << set;
+    EXPECT_TRUE(contains(set, "ok: contrast=40")) << set;
+    EXPECT_TRUE(contains(after(o, "board contrast"), "Contrast                 0x0102 = 40")) << o;
+    EXPECT_TRUE(contains(o, "error: usage: board fault checksum|long|short|off")) << o;
+    EXPECT_TRUE(contains(o, "error: the board has no register nothing")) << o;
+}
+
+TEST_F(CamSimModulesTest, AnIspBoardOverThePseudoTerminal) {
+    CamsimChild::Result r = run("it1", "set sharpness 9; board sharpness; status; quit!", {"--serial", "pty"});
+    SKIP_UNLESS_STARTED(r);
+    const std::string& o = r.output;
+    if (contains(o, "no pseudo-terminal could be opened")) GTEST_SKIP() << o;
+    EXPECT_EQ(0, r.exitCode) << o;
+    EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
+    EXPECT_TRUE(contains(after(o, "set sharpness 9"), "ok: sharpness=9")) << o;
+    EXPECT_TRUE(contains(after(o, "board sharpness"), "Sharpness                0x0013 = 9")) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1")))
+        << o;
 }
 
 }  // namespace

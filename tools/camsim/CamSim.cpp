@@ -380,6 +380,7 @@ void CamSim::stop() {
         m_pIspThread->stop();
         m_pIspThread.reset();
     }
+    if (m_pFrontEnd && m_pManager) m_pFrontEnd->beforeStop();
     m_controller.reset();
     m_pManager.reset();  // stops the day/night worker, releases the GPIO and serial port
     m_pMonitor.reset();

@@ -61,6 +61,8 @@ protected:
     // What the device took, for the status ("the module took 3 packets,
     // carried out 2"); empty when it counts nothing.
     virtual std::string deviceCounts() const { return std::string(); }
+    // The GPIO controller handed to the manager; nullptr before attach.
+    SimGPIO* gpio() { return m_pGpio; }
     // The traffic is text (ASCII commands): the trace shows it so.
     void setTraceText() {
         m_bTraceText = true;

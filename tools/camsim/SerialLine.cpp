@@ -127,6 +127,10 @@ std::unique_ptr<SimSerialDevice> SerialLine::effioProcessor(const char*) {
 
 void SerialLine::setTraceText(bool text) { m_pTrace->setText(text); }
 
+void SerialLine::setTraceVerdict(std::function<std::string(const unsigned char* bytes, int length)> verdict) {
+    m_pTrace->setVerdict(std::move(verdict));
+}
+
 SerialLine::~SerialLine() { close(); }
 
 int64_t SerialLine::nowMs() { return PlatformClock::nowMs(); }

@@ -71,6 +71,9 @@ public:
     // The trace shows the traffic as text (commands of a text protocol, control
     // characters escaped) instead of hex.
     void setTraceText(bool text);
+    // What each traced line of bytes says of itself (SerialTrace::setVerdict):
+    // a checksummed frame's verdict.
+    void setTraceVerdict(std::function<std::string(const unsigned char* bytes, int length)> verdict);
     // What the device's "full" fault does, for the fault command's messages
     // ("'buffer full' comes instead of an acknowledgement" by default).
     void setBusyMeaning(const char* meaning) { m_pszBusyMeaning = meaning; }

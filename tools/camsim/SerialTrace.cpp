@@ -66,6 +66,17 @@ void SerialTrace::setEnabled(bool on) {
     m_bEnabled = on;
 }
 
+void SerialTrace::setVerdict(Verdict verdict) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_verdict = std::move(verdict);
+}
+
+std::string SerialTrace::verdictLocked(const unsigned char* bytes, int length) const {
+    if (!m_verdict) return std::string();
+    const std::string v = m_verdict(bytes, length);
+    return v.empty() ? v : "  " + v;
+}
+
 bool SerialTrace::enabled() const {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_bEnabled;
@@ -82,7 +93,8 @@ void SerialTrace::addLocked(const std::string& line) {
 void SerialTrace::closeRunLocked() {
     if (m_strRun.empty()) return;
     const unsigned char* run = reinterpret_cast<const unsigned char*>(m_strRun.data());
-    addLocked(m_strRunStamp + " <- " + format(run, static_cast<int>(m_strRun.size()), m_bText));
+    const int n = static_cast<int>(m_strRun.size());
+    addLocked(m_strRunStamp + " <- " + format(run, n, m_bText) + verdictLocked(run, n));
     m_strRun.clear();
 }
 
@@ -91,7 +103,7 @@ void SerialTrace::sent(const unsigned char* bytes, int length) {
     if (length > 0) m_nWritten += length;
     if (!m_bEnabled || length <= 0) return;
     closeRunLocked();
-    addLocked(stamp() + " -> " + format(bytes, length, m_bText));
+    addLocked(stamp() + " -> " + format(bytes, length, m_bText) + verdictLocked(bytes, length));
 }
 
 void SerialTrace::received(const unsigned char* bytes, int length) {

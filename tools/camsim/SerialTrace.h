@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -19,7 +20,13 @@ public:
     // At most this many lines wait to be taken; more are counted, not kept.
     enum { MaxLines = 4000 };
 
+    // What the bytes of a line say of themselves ("checksum ok"), shown after
+    // them; empty for nothing. Called with the bytes of a write, or of the
+    // reads since the last write.
+    using Verdict = std::function<std::string(const unsigned char* bytes, int length)>;
+
     void setEnabled(bool on);
+    void setVerdict(Verdict verdict);
     // Text rather than hex (see above).
     void setText(bool text);
     // The bytes as a trace line shows them: hex, or quoted text.
@@ -38,12 +45,15 @@ private:
     static std::string stamp();
     void addLocked(const std::string& line);
     void closeRunLocked();
+    // "  <verdict>" for the bytes, or nothing.
+    std::string verdictLocked(const unsigned char* bytes, int length) const;
 
     mutable std::mutex m_mutex;
     bool m_bEnabled = false;
     std::vector<std::string> m_lines;
     size_t m_nDropped = 0;
     bool m_bText = false;
+    Verdict m_verdict;
     std::string m_strRun;  // bytes read since the last write
     std::string m_strRunStamp;
     long m_nWritten = 0;

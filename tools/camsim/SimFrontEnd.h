@@ -42,6 +42,10 @@ public:
     // The lens commands of the fisheye board (zoom wide|tele, focus near|far,
     // focus auto, lens reset) are parameter ids 43-53 of this module.
     virtual bool lensByParameters() const { return false; }
+    // Before the manager goes: stops the threads of the front end's controller
+    // that wait on the platform clock (a worker paused on the clock would hold
+    // up the manager's stop of the day/night worker). Nothing by default.
+    virtual void beforeStop() {}
     // Takes the simulated hardware back after the manager is gone.
     virtual void detach() = 0;
 

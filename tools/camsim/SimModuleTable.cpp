@@ -23,10 +23,17 @@
 #include "camsim/AsciiFrontEnd.h"
 #include "camsim/EffioFrontEnd.h"
 #include "camsim/FisheyeFrontEnd.h"
+#include "camsim/IspBoardFrontEnd.h"
 #include "camsim/NoUIFrontEnd.h"
 #include "camsim/RootSetup.h"
 #include "camsim/SerialLine.h"
 #include "camsim/ViscaFrontEnd.h"
+#include "drivers/ispboard/IIPC368ZoomSensorController.h"
+#include "drivers/ispboard/IT1SenseController.h"
+#include "drivers/ispboard/IT1ZoomModuleSenseController.h"
+#include "drivers/ispboard/ITNSenseController.h"
+#include "drivers/ispboard/KestraISPSenseController.h"
+#include "drivers/ispboard/SeawolfSenseController.h"
 #include "drivers/serial/CMD7200SenseController.h"
 #include "drivers/serial/CMD7300SenseController.h"
 #include "drivers/serial/CMD8100SenseController.h"
@@ -53,6 +60,11 @@ const char* const kSerialLine = "RS485=9600,8,1,0";
 // interface's configuration in the parameters.
 const char* const kCMD8100Detail = "RS485=/dev/ttyS1;isInfrared=0;generation=2";
 const char* const kCMD8300Line = "RS485=9600,8,1,0;GUIConfigName=camsim";
+// The ISP boards: the in-house ISP's detail keys; the ITN board's line under
+// the RS232 keys and its day/night output on GPIO 0/5, day low.
+const char* const kKestraDetail = "RS485=/dev/ttyS1;isInfrared=0;TNF=1;HDR=0";
+const char* const kITNDetail = "RS232=/dev/ttyS1;isInfrared=0;GPIODNLevel=0,5,0";
+const char* const kITNLine = "RS232=9600,8,1,0";
 // The Hitachi modules say whether they are of the third generation.
 const char* const kHitachDetail = "RS485=/dev/ttyS1;isInfrared=0;isThridGeneration=0";
 // A module that reports no day/night state on the line: day and night come
@@ -112,6 +124,25 @@ const std::vector<SimModule>& SimModule::table() {
         {"effio", "Effio camera processor, checksummed frames", 85, EffioSenseController::SensorType,
          kBoardDayNightDetail, kSerialLine, &EffioFrontEnd::create, &SerialLine::effioProcessor, "Effio", true,
          "store fault trace"},
+        // ISP boards: the simulated board of the controller's register table.
+        {"it1", "IT1 ISP board", SensorTypes::IT1, IT1SenseController::SensorType, kSerialDetail, kSerialLine,
+         &IspBoardFrontEnd::create<IT1SenseController>, &IspBoardFrontEnd::board, "IT1", true, "board fault trace"},
+        {"it1zoom", "IT1 ISP board with a zoom lens", SensorTypes::IT1ZoomModule,
+         IT1ZoomModuleSenseController::SensorType, kSerialDetail, kSerialLine,
+         &IspBoardFrontEnd::create<IT1ZoomModuleSenseController>, &IspBoardFrontEnd::board, "IT1Zoom", true,
+         "board fault trace"},
+        {"iipc368", "IPC368 zoom board with privacy masks", SensorTypes::IIPC368Zoom,
+         IIPC368ZoomSensorController::SensorType, kSerialDetail, kSerialLine,
+         &IspBoardFrontEnd::create<IIPC368ZoomSensorController>, &IspBoardFrontEnd::board, "IIPC368", true,
+         "board fault trace"},
+        {"kestraisp", "in-house ISP board", SensorTypes::KestraISP, KestraISPSenseController::SensorType,
+         kKestraDetail, kSerialLine, &IspBoardFrontEnd::create<KestraISPSenseController>, &IspBoardFrontEnd::board,
+         "Kestra", true, "board fault trace"},
+        {"itn", "ITN ISP board", SensorTypes::ITN, ITNSenseController::SensorType, kITNDetail, kITNLine,
+         &IspBoardFrontEnd::create<ITNSenseController>, &IspBoardFrontEnd::board, "ITN", true, "board fault trace"},
+        {"seawolf", "Seawolf ISP board", SensorTypes::Seawolf, SeawolfSenseController::SensorType, kSerialDetail,
+         kSerialLine, &IspBoardFrontEnd::create<SeawolfSenseController>, &IspBoardFrontEnd::board, "Seawolf", true,
+         "board fault trace"},
     };
     return rows;
 }
