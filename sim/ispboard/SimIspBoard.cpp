@@ -119,7 +119,7 @@ bool SimIspBoard::decode(const std::vector<uint8_t>& f, Command& c) const {
 }
 
 std::vector<uint8_t> SimIspBoard::reply(const std::vector<uint8_t>& f, const Command& c, int value) const {
-    uint8_t b[IspBoardFrame::MaxCommandLength + SeawolfFrame::MaxLength] = {};
+    uint8_t b[MaxAnswerLength] = {};
     switch (m_table.frames) {
     case IspBoardTable::ITNFrames:
         return std::vector<uint8_t>(b, b + ITNFrame::build(ITNFrame::AnswerStart, f[1], c.address, value, b));
@@ -134,7 +134,7 @@ std::vector<uint8_t> SimIspBoard::reply(const std::vector<uint8_t>& f, const Com
 }
 
 std::vector<uint8_t> SimIspBoard::refusal(const std::vector<uint8_t>& f, uint8_t code) const {
-    uint8_t b[SeawolfFrame::MaxLength] = {};
+    uint8_t b[MaxAnswerLength] = {};
     const uint8_t op = f.size() > 1 ? f[1] : 0;
     switch (m_table.frames) {
     case IspBoardTable::ITNFrames: {

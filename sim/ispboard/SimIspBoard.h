@@ -30,6 +30,8 @@ class SimIspBoard : public SimSerialDevice {
 public:
     enum FrameFault { WrongChecksum, TooLong, ShortAnswer, FrameFaultCount };
     enum { FrameGapMs = 50, LongAnswerLength = 11, BusyCode = 5 };
+    // Room for an answer or refusal in any of the shapes (ITN's 7 bytes the longest).
+    enum { MaxAnswerLength = 16 };
 
     explicit SimIspBoard(const IspBoardTable& table);
 
