@@ -5,6 +5,7 @@
 
 #include "adc/SimAdc.h"
 #include "camsim/CommandLine.h"
+#include "camsim/GainReadingFisheyeController.h"
 #include "camsim/ParamNames.h"
 #include "drivers/fisheye/KsiaDriver.h"
 #include "platform/ModuleParameterParser.h"
@@ -26,7 +27,7 @@ std::string describeCall(const SimIsp::Call& c) {
 }
 }  // namespace
 
-FisheyeFrontEnd::FisheyeFrontEnd(const ModuleConfigure& module) {
+FisheyeFrontEnd::FisheyeFrontEnd(const ModuleConfigure& module) : m_nModuleId(module.getModuleId()) {
     ModuleParameterParser detail;
     if (!detail.parse(module.getDetail())) return;
     std::string text;
@@ -63,6 +64,10 @@ void FisheyeFrontEnd::attach(SensorControllerManager& manager) {
     m_pGpio = new SimGPIO();
     manager.setUARTController(SafePointer<IUARTController>(new SimUART()));
     manager.setGPIO(SafePointer<IGPIO>(m_pGpio));
+    // For the fisheye module, the library's fisheye controller with camsim's gain
+    // read (see the class); any other record's controller comes from the factory.
+    if (m_nModuleId == S2FisheyeSenseController::SensorType)
+        manager.setSensorController(SafePointer<ISensorController>(new GainReadingFisheyeController()));
 }
 
 void FisheyeFrontEnd::detach() {

@@ -47,6 +47,7 @@ public:
 private:
     std::string describeGpio(int group, int pin, int level) const;
 
+    int m_nModuleId;
     BoardPins m_pins;
     SimGPIO* m_pGpio = nullptr;  // owned by the manager's safe pointer
     int m_nLight = 80;

@@ -173,8 +173,6 @@ int S2FisheyeSenseController::setFixGain(int p_nValue) {
 }
 int S2FisheyeSenseController::getFixGain(int& p_nValue) { return sendGet(KSIA_FIXED_GAIN, p_nValue, __func__, __LINE__); }
 
-int S2FisheyeSenseController::getCurrentGain(int& gain) { return sendGet(KSIA_FIXED_GAIN, gain, __func__, __LINE__); }
-
 int S2FisheyeSenseController::setIrisMode(int p_nValue) {
     if (!isWithin(p_nValue, 1)) {
         KSLogger::consolePrintf("p_nIrisMode(%d) out of range\n", p_nValue);

@@ -42,9 +42,6 @@ public:
     int turnPictureToNight() override;
     int initController(int sensorType, const ModuleConfigure& cfg) override;
     int initFactorySetting() override;
-    // The gain the ISP runs at, which the gain-indexed ISP tables follow: the ISP's
-    // gain read (command 35).
-    int getCurrentGain(int& gain) override;
 
     // Turns an ISP command result into the operation's result: 1 for 0, else
     // reports the code on the error output and gives 0.
