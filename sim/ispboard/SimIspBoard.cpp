@@ -64,24 +64,20 @@ int SimIspBoard::frameLength() const {
     }
 }
 
-uint8_t SimIspBoard::checksumOf(const std::vector<uint8_t>& f) const {
-    const int n = static_cast<int>(f.size());
-    switch (m_table.frames) {
-    case IspBoardTable::ITNFrames: return ITNFrame::checksum(f.data(), n);
-    case IspBoardTable::SeawolfFrames: return SeawolfFrame::checksum(f.data(), n);
-    default: return IspBoardFrame::sum(f.data(), n - 1);
+uint8_t SimIspBoard::checksumOf(IspBoardTable::FrameShape shape, const uint8_t* bytes, int length) {
+    switch (shape) {
+    case IspBoardTable::ITNFrames: return ITNFrame::checksum(bytes, length);
+    case IspBoardTable::SeawolfFrames: return SeawolfFrame::checksum(bytes, length);
+    default: return IspBoardFrame::sum(bytes, length - 1);
     }
 }
 
+uint8_t SimIspBoard::checksumOf(const std::vector<uint8_t>& f) const {
+    return checksumOf(m_table.frames, f.data(), static_cast<int>(f.size()));
+}
+
 bool SimIspBoard::checksumOk(IspBoardTable::FrameShape shape, const uint8_t* bytes, int length) {
-    if (bytes == nullptr || length < 2) return false;
-    uint8_t expected = 0;
-    switch (shape) {
-    case IspBoardTable::ITNFrames: expected = ITNFrame::checksum(bytes, length); break;
-    case IspBoardTable::SeawolfFrames: expected = SeawolfFrame::checksum(bytes, length); break;
-    default: expected = IspBoardFrame::sum(bytes, length - 1); break;
-    }
-    return expected == bytes[length - 1];
+    return bytes != nullptr && length >= 2 && checksumOf(shape, bytes, length) == bytes[length - 1];
 }
 
 bool SimIspBoard::decode(const std::vector<uint8_t>& f, Command& c) const {

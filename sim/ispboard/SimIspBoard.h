@@ -83,6 +83,8 @@ private:
     // The frame shapes of the table (IspBoardTable::frames).
     // The length of the frame being received (m_inbuf), -1 while unknown.
     int frameLength() const;
+    // The checksum that the last byte of a frame of `length` bytes must carry.
+    static uint8_t checksumOf(IspBoardTable::FrameShape shape, const uint8_t* bytes, int length);
     uint8_t checksumOf(const std::vector<uint8_t>& f) const;
     bool decode(const std::vector<uint8_t>& f, Command& c) const;
     std::vector<uint8_t> reply(const std::vector<uint8_t>& f, const Command& c, int value) const;

@@ -163,6 +163,21 @@ protected:
         return refused;
     }
 
+    // A module record that start-up refuses, and the text that says why.
+    struct RefusedRecord {
+        std::string detail, params, text;
+    };
+    // Each record fails start-up with its text, and nothing reaches the board.
+    void expectRefusedRecords(const std::vector<RefusedRecord>& records) {
+        for (const RefusedRecord& r : records) {
+            SCOPED_TRACE(r.text);
+            ctl.reset();
+            EXPECT_EQ(0, init(r.detail, r.params));
+            EXPECT_NE(std::string::npos, initOutput.find(r.text)) << initOutput;
+        }
+        EXPECT_EQ(0u, board.frameMark());
+    }
+
     // 1,000 sets and reads of the table's Whole and Field rows, every fault of
     // the line and of the answer frame at `probability` each, seeded: every
     // reported success matches the board's register; a failed set leaves the

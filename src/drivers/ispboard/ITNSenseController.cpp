@@ -102,16 +102,8 @@ int ITNSenseController::sendCommand(unsigned char* frame, int length, unsigned c
 }
 
 int ITNSenseController::exchange(unsigned char* frame, int length, unsigned char* answer, int capacity) {
-    if (frame == nullptr || length < 1 || length > MaxFrameLength) {
-        KSLogger::consolePrintf("p_pszSendCommandLen = %d,nSendLength=%d\n", length, 0);
-        return ShortWrite;
-    }
-    computeCheckSum(frame, length);
-    const int nSendLength = m_pUART->write(m_nUARTPort, reinterpret_cast<const char*>(frame), length);
-    if (nSendLength < length) {
-        KSLogger::consolePrintf("p_pszSendCommandLen = %d,nSendLength=%d\n", length, nSendLength);
-        return ShortWrite;
-    }
+    const int sent = writeCommand(frame, length, &computeCheckSum);
+    if (sent != 0) return sent;
     if (answer == nullptr || capacity < AnswerLength) return AnswerTooLong;
     // The answer comes in three pieces, each checked before the next is read,
     // so that a refusal or a stray answer is known at its first bytes.

@@ -47,18 +47,25 @@ void IspBoardSenseController::computeCheckSum(unsigned char* frame, int length) 
     frame[length - 1] = IspBoardFrame::sum(frame, length - 1);
 }
 
-int IspBoardSenseController::exchange(unsigned char* frame, int length, unsigned char* answer, int capacity) {
+int IspBoardSenseController::writeCommand(unsigned char* frame, int length,
+                                          void (*checkSum)(unsigned char*, int)) {
     if (frame == nullptr || length < 1 || length > MaxFrameLength) {
         // Nothing that could be sent: counts as a write that fell short.
         KSLogger::consolePrintf("p_pszSendCommandLen = %d,nSendLength=%d\n", length, 0);
         return ShortWrite;
     }
-    computeCheckSum(frame, length);
-    int nSendLength = m_pUART->write(m_nUARTPort, reinterpret_cast<const char*>(frame), length);
+    checkSum(frame, length);
+    const int nSendLength = m_pUART->write(m_nUARTPort, reinterpret_cast<const char*>(frame), length);
     if (nSendLength < length) {
         KSLogger::consolePrintf("p_pszSendCommandLen = %d,nSendLength=%d\n", length, nSendLength);
         return ShortWrite;
     }
+    return 0;
+}
+
+int IspBoardSenseController::exchange(unsigned char* frame, int length, unsigned char* answer, int capacity) {
+    const int sent = writeCommand(frame, length, &computeCheckSum);
+    if (sent != 0) return sent;
     char count = 0;
     int nRecvLength = m_pUART->read(m_nUARTPort, &count, 1, ReadTimeout);
     if (nRecvLength != 1) {

@@ -114,6 +114,10 @@ protected:
     virtual int readBoardRegister(const IspBoardTable::Register& reg, int& value);
     // recvLeftData with m_FrameMutex held.
     void drain();
+    // The first step of an exchange, m_FrameMutex held: `checkSum` writes the
+    // frame's checksum into its last byte, the frame goes out. 0, or ShortWrite
+    // ("p_pszSendCommandLen = %d,nSendLength=%d") when it could not all go.
+    int writeCommand(unsigned char* frame, int length, void (*checkSum)(unsigned char*, int));
 
     KSMutex m_FrameMutex;  // the frame exchange and m_registerCache
 

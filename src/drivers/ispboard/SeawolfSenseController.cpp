@@ -113,16 +113,8 @@ int SeawolfSenseController::sendCommand(unsigned char* frame, int length, unsign
 }
 
 int SeawolfSenseController::exchange(unsigned char* frame, int length, unsigned char* answer, int capacity) {
-    if (frame == nullptr || length < 1 || length > MaxFrameLength) {
-        KSLogger::consolePrintf("p_pszSendCommandLen = %d,nSendLength=%d\n", length, 0);
-        return ShortWrite;
-    }
-    computeCheckSum(frame, length);
-    const int nSendLength = m_pUART->write(m_nUARTPort, reinterpret_cast<const char*>(frame), length);
-    if (nSendLength < length) {
-        KSLogger::consolePrintf("p_pszSendCommandLen = %d,nSendLength=%d\n", length, nSendLength);
-        return ShortWrite;
-    }
+    const int sent = writeCommand(frame, length, &computeCheckSum);
+    if (sent != 0) return sent;
     if (answer == nullptr || capacity < SeawolfFrame::HeadLength + 1) return AnswerTooLong;
     int nRecvLength =
         m_pUART->read(m_nUARTPort, reinterpret_cast<char*>(answer), SeawolfFrame::HeadLength, ReadTimeout);
