@@ -93,8 +93,8 @@ TEST_F(CamSimModulesTest, ScriptDrivesTheEV7310OverThePseudoTerminal) {
     EXPECT_EQ(0, r.exitCode) << o;
     EXPECT_TRUE(contains(o, "camsim: camera up")) << o;
     // The packet on the line and the module's acknowledgement, traced.
-    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d\\d\\d -> 81 01 04 47 06 00 00 00 FF\n"))) << o;
-    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d\\d\\d <- 90 41 FF"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d -> 81 01 04 47 06 00 00 00 FF\n"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d <- 90 41 FF"))) << o;
     EXPECT_TRUE(contains(o, "zoom position 0x6000 (24576), ratio 2000 (x2.00)")) << o;
     EXPECT_TRUE(std::regex_search(o, std::regex("serial line    pseudo-terminal /dev/pts/\\d+ linked as /dev/ttyS1, "
                                                 "real serial port; port 9600 baud, module 9600 baud")))
@@ -188,9 +188,9 @@ TEST_F(CamSimModulesTest, TraceLinesCarryHexAndTheDeviceTime) {
     const std::string& o = r.output;
     EXPECT_EQ(1, r.exitCode) << o;
     EXPECT_TRUE(contains(o, "ok: serial trace on")) << o;
-    EXPECT_TRUE(std::regex_search(o, std::regex("\\] serial   12:00:\\d\\d\\.\\d{3} -> 81 01 04 42 00 00 00 06 FF\n")))
+    EXPECT_TRUE(std::regex_search(o, std::regex("\\] serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} -> 81 01 04 42 00 00 00 06 FF\n")))
         << o;
-    EXPECT_TRUE(std::regex_search(o, std::regex("\\] serial   12:00:\\d\\d\\.\\d{3} <- 90 41 FF"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("\\] serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} <- 90 41 FF"))) << o;
     EXPECT_TRUE(contains(o, "trace serial on\n")) << o;
     // Off: the next set and the worker's inquiries are not traced.
     EXPECT_FALSE(contains(o, "-> 81 01 04 42 00 00 00 07 FF")) << o;
@@ -330,8 +330,8 @@ TEST_F(CamSimModulesTest, TheCMDBlockCamerasComeUpWithTheirKeysAndTakeParameters
         EXPECT_TRUE(contains(after(o, "status"), "block          " + model + ", day; AE mode 0x00\n")) << o;
         const std::string set = after(o, "set exposal-mode 1");
         EXPECT_TRUE(contains(set, "ok: exposal-mode=1")) << o;
-        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> 81 01 04 39 03 FF\n"))) << set;
-        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- 90 41 FF"))) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} -> 81 01 04 39 03 FF\n"))) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} <- 90 41 FF"))) << set;
         EXPECT_TRUE(contains(o.substr(o.find("> trace serial off")), "block          " + model + ", day; AE mode 0x03\n"))
             << o;
         EXPECT_TRUE(contains(o, "zoom position 0x4000 (16384), ratio 1000")) << o;
@@ -370,8 +370,8 @@ TEST_F(CamSimModulesTest, TheAsciiRegisterModulesComeUpAndTakeParametersInTheirR
         // The command and its echo as text.
         const std::string set = after(o, "set brightness 60");
         EXPECT_TRUE(contains(set, "ok: brightness=60")) << o;
-        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> \":W" + reg + "3C\"\n"))) << set;
-        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- \":W" + reg + "3C\"\n"))) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} -> \":W" + reg + "3C\"\n"))) << set;
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} <- \":W" + reg + "3C\"\n"))) << set;
         EXPECT_TRUE(std::regex_search(o, std::regex("the module took \\d+ commands, carried out \\d+"))) << o;
         EXPECT_TRUE(contains(o, "error: usage: register ADDR")) << o;
         ::nftw(root.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
@@ -453,8 +453,8 @@ TEST_F(CamSimModulesTest, AsciiModuleOverThePseudoTerminal) {
     SKIP_UNLESS_PTY(r);
     const std::string& o = r.output;
     EXPECT_EQ(0, r.exitCode) << o;
-    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> \":W01103C\"\n"))) << o;
-    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- \":W01103C\"\n"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} -> \":W01103C\"\n"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} <- \":W01103C\"\n"))) << o;
     // A changed byte of the echo: the write goes again.
     const std::string corrupt = after(o, "set contrast 70");
     EXPECT_TRUE(contains(corrupt, "ok: contrast=70")) << corrupt;
@@ -487,8 +487,8 @@ TEST_F(CamSimModulesTest, TheEffioProcessorComesUpAndTakesParametersInItsStore) 
     EXPECT_EQ(9, std::stoi(m[1].str(), nullptr, 16) & 0x0F) << o;
     // The frames in hex: the write with its checksum and the processor's status answer.
     const std::string set = after(o, "set brightness 60");
-    EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> A5 01 01 00 01 3C E4\n"))) << set;
-    EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- A5 00 89\n"))) << set;
+    EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} -> A5 01 01 00 01 3C E4\n"))) << set;
+    EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} <- A5 00 89\n"))) << set;
     const std::string sharp = after(o, "set sharpness 9");
     EXPECT_TRUE(contains(sharp, "-> A5 02 01 03 01 AC\n")) << sharp;
     EXPECT_TRUE(std::regex_search(sharp, std::regex("-> A5 01 01 03 01 [0-9A-F]9 "))) << sharp;
@@ -530,7 +530,7 @@ TEST_F(CamSimModulesTest, EffioProcessorOverThePseudoTerminal) {
     SKIP_UNLESS_PTY(r);
     const std::string& o = r.output;
     EXPECT_EQ(0, r.exitCode) << o;
-    EXPECT_TRUE(std::regex_search(o, std::regex("serial   12:00:\\d\\d\\.\\d{3} -> A5 01 01 01 01 46 EF\n"))) << o;
+    EXPECT_TRUE(std::regex_search(o, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} -> A5 01 01 01 01 46 EF\n"))) << o;
     EXPECT_TRUE(contains(o, "category 1 byte 1 = 0x46 (70)")) << o;
     EXPECT_TRUE(contains(o, "ok: hue=90")) << o;
     EXPECT_TRUE(contains(o, "category 1 byte 4 = 0x5A (90)")) << o;
@@ -569,7 +569,7 @@ TEST_F(CamSimModulesTest, EachIspBoardComesUpAndASetReachesTheBoardsRegisterWith
         const std::string set = after(o, "set brightness 30");
         EXPECT_TRUE(contains(set, "ok: brightness=30")) << o;
         EXPECT_TRUE(contains(set, std::string(c.frame) + "  checksum ok\n")) << set;
-        EXPECT_TRUE(std::regex_search(set, std::regex("serial   12:00:\\d\\d\\.\\d{3} <- [0-9A-F ]+  checksum ok\n")))
+        EXPECT_TRUE(std::regex_search(set, std::regex("serial   \\d\\d:\\d\\d:\\d\\d\\.\\d{3} <- [0-9A-F ]+  checksum ok\n")))
             << set;
         EXPECT_TRUE(contains(after(o, "board brightness"), c.reg)) << o;
         EXPECT_TRUE(contains(o, "board          ")) << o;
