@@ -213,6 +213,9 @@ TEST(PlatformClockTest, AWorkerWaitingForTheLockOfThePausingDriverDoesNotHoldThe
     EXPECT_LT(seconds, 2.0);  // the clock gives up on a thread that never waits again after 5 s
     EXPECT_EQ(t0 + 50, PlatformClock::nowMs());
     clock.advance(20);
+    // The worker takes the lock, counts its pass and waits on the clock again;
+    // on a slow host (an emulated ARM board) that may come after advance returns.
+    EXPECT_TRUE(PlatformClock::waitForSleepers(1));
     EXPECT_GE(passes.load(), 1);
     t.stop();
 }
